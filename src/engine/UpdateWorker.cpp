@@ -1,0 +1,110 @@
+#include "engine/UpdateWorker.h"
+
+#include "engine/Timeouts.h"
+#include "engine/internal/SetupProcess.h"
+#include "system/FileHelpers.h"
+#include "system/ShellHelpers.h"
+
+namespace Engine {
+
+UpdateWorker::UpdateWorker(std::wstring downloadURL, bool silent, IUpdateEvents* events,
+                           std::wstring setupFilePath)
+    : events(events),
+      silent(silent),
+      downloadURL(std::move(downloadURL)),
+      setupFilePath(setupFilePath.empty()
+                        ? System::MakeUniqueFilePath(System::GetTempFolder(), kSetupFileTemplate)
+                        : std::move(setupFilePath)),
+      writer(this->setupFilePath, this),
+      downloader(this->downloadURL, &writer),
+      setupProcess(std::make_unique<SetupProcess>()) {
+    // The download watches the stop request so that a cancel does not wait out a slow
+    // server; the cancel flag alone only stops it between blocks.
+    downloader.SetStopFlag(&stopRequested);
+}
+
+UpdateWorker::~UpdateWorker() {
+    StopEverything();
+}
+
+uint32_t UpdateWorker::Run() {
+    SetState(Connecting);
+    if (Download() && !failed.load()) {
+        SetState(Installing);
+        failed.store(!Install());
+        SetState(Finished);
+        return 0;
+    }
+    failed.store(true);
+    SetState(Finished);
+    return 1;
+}
+
+void UpdateWorker::SetState(UpdateState newState) {
+    if (state.exchange(newState) == newState) return;
+    Notify(&IUpdateEvents::OnStateChanged);
+}
+
+void UpdateWorker::Cancel() {
+    cancelled.store(true);
+    const UpdateState current = state.load();
+    if (!IsRunning() || current == Preparing || current == Finished) return;
+    if (IsOwnThread()) {
+        // An observer cancels from inside an event: the run cannot wait for itself. It
+        // notices the request at its next step and ends as failed on its own.
+        Stop();
+        return;
+    }
+    StopEverything();
+    failed.store(true);
+    SetState(Finished);
+}
+
+void UpdateWorker::StopEverything() {
+    Stop(ThreadLib::kInfinite);
+    setupProcess->Terminate();
+    downloader.Close();
+    writer.Abort();
+}
+
+bool UpdateWorker::Download() {
+    return downloader.Download();
+}
+
+bool UpdateWorker::Install() {
+    setupProcess->Start(setupFilePath, silent ? kSilentSetupArguments : L"");
+    if (!setupProcess->HasHandle()) return false;
+    // Besides the time limit, the wait ends on a stop request: a cancel then ends the
+    // setup at once instead of waiting for it (without limit in a non-silent run).
+    const uint32_t limit = silent ? SilentSetupTimeoutMs() : ThreadLib::kInfinite;
+    if (setupProcess->Wait(limit, &stopRequested) != SetupProcess::WaitResult::Ended) return false;
+    // The setup's exit code is not examined: any ending counts as an installation.
+    System::DeleteWithShell(setupFilePath, false);
+    return true;
+}
+
+uint32_t UpdateWorker::GetSetupProcessId() const {
+    return setupProcess->GetId();
+}
+
+bool UpdateWorker::OnStart(uint32_t totalBytes) {
+    totalSize.store(totalBytes == 0xFFFFFFFFu ? 0 : totalBytes);
+    SetState(Downloading);
+    return !cancelled.load();
+}
+
+bool UpdateWorker::OnWritten(uint32_t bytesWritten) {
+    downloadedSize.store(bytesWritten);
+    Notify(&IUpdateEvents::OnProgress);
+    return !cancelled.load();
+}
+
+void UpdateWorker::OnFinish(bool success) {
+    if (!success) failed.store(true);
+}
+
+void UpdateWorker::Notify(void (IUpdateEvents::*event)()) {
+    if (events) (events->*event)();
+}
+
+}  // namespace Engine

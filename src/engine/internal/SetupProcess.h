@@ -1,0 +1,40 @@
+// The setup program the worker starts: its start, the wait for it, and its end on cancel.
+//
+// Thread safety: Start and Wait on the worker thread; Terminate and GetId from the
+// controlling thread only after the worker thread has ended (or from the worker thread).
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace Engine {
+
+class SetupProcess {
+public:
+    enum class WaitResult { Ended, TimedOut, Stopped, Failed };
+
+    SetupProcess();
+    ~SetupProcess();
+
+    // Starts `path` in its own folder, the argument text split as a Windows command line
+    // would be. False when it cannot be started (reported at level GuardedError).
+    bool Start(const std::wstring& path, const std::wstring& arguments);
+    bool HasHandle() const;
+    uint32_t GetId() const { return id.load(); }
+
+    // Waits until the process ends, `timeoutMs` passes (0xFFFFFFFF: no limit) or `stop`
+    // becomes true (looked at every few milliseconds).
+    WaitResult Wait(uint32_t timeoutMs, const std::atomic<bool>* stop);
+
+    // Ends the process if it still runs; nothing without a started process.
+    void Terminate();
+
+private:
+    struct State;
+    std::unique_ptr<State> state;
+    std::atomic<uint32_t> id{0};
+};
+
+}  // namespace Engine

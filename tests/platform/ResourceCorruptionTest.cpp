@@ -1,0 +1,227 @@
+// Truncated, corrupt and hostile variants of real resource files: each is refused with an
+// error or read within its bounds (AddressSanitizer watches the latter).
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "platform/DialogTemplate.h"
+#include "platform/IconGroup.h"
+#include "platform/ResourceImage.h"
+#include "platform/StringTable.h"
+#include "platform/VersionInfo.h"
+
+namespace {
+
+using Platform::ResourceImage;
+namespace Errors = Platform::ResourceErrors;
+
+std::string Fixture(const std::string& name) {
+    return std::string(LUMETTA_RES_FIXTURES) + "/" + name;
+}
+
+std::vector<uint8_t> ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
+}
+
+uint32_t U32(const std::vector<uint8_t>& b, std::size_t at) {
+    return b[at] | (b[at + 1] << 8) | (b[at + 2] << 16) | (uint32_t(b[at + 3]) << 24);
+}
+void PutU32(std::vector<uint8_t>& b, std::size_t at, uint32_t v) {
+    for (int i = 0; i < 4; ++i) b[at + i] = static_cast<uint8_t>(v >> (8 * i));
+}
+
+bool IsRefusal(uint32_t error) {
+    return error == Errors::InvalidData || error == Errors::BadFormat ||
+           error == Errors::NoResourceSection;
+}
+
+// Runs every parser over every resource of a loaded image.
+void ExerciseEverything(const ResourceImage& image) {
+    for (const auto& entry : image.Entries()) {
+        const auto data = image.Data(entry);
+        ASSERT_EQ(data.size(), entry.size);
+        if (!entry.type.IsNumber()) continue;
+        std::u16string text;
+        Platform::IconGroup group;
+        Platform::DialogTemplate dialog;
+        Platform::VersionInfo version;
+        Platform::VersionInfo::Value value;
+        std::vector<uint8_t> ico;
+        switch (entry.type.Number()) {
+            case Platform::RT_STRING:
+                for (unsigned i = 0; i < 16; ++i) Platform::StringTable::ReadEntry(data, i, text);
+                break;
+            case Platform::RT_GROUP_ICON:
+                if (group.ParseGroup(data) == 0)
+                    group.ImageBytes(group.BestImage(32, 32), image, 0);
+                Platform::LoadIconFromImage(image, entry.name, 0, 16, 16, ico);
+                break;
+            case Platform::RT_DIALOG:
+                Platform::DialogTemplate::Parse(data, dialog);
+                break;
+            case Platform::RT_VERSION:
+                if (version.Parse(data) == 0) {
+                    version.Query(u"\\StringFileInfo\\040704E4\\FileVersion", value);
+                    version.Translations();
+                    version.AllStrings();
+                }
+                break;
+            default:
+                break;
+        }
+    }
+}
+
+const char* const kFiles[] = {"fixture_Versioned.res", "Versioned_x86.dll",
+                              "Versioned_x64.dll",     "Versioned_elf32le.o",
+                              "Versioned_elf32be.o",   "libVersioned_elf.so"};
+
+TEST(ResourceCorruption, EveryTruncationIsRefusedOrReadWithinBounds) {
+    for (const char* file : kFiles) {
+        SCOPED_TRACE(file);
+        const std::vector<uint8_t> bytes = ReadFile(Fixture(file));
+        ASSERT_FALSE(bytes.empty());
+        const std::size_t step = bytes.size() > 8192 ? 61 : 1;
+        for (std::size_t length = 0; length < bytes.size(); length += step) {
+            ResourceImage image;
+            const uint32_t error = image.LoadBytes(std::span(bytes).first(length));
+            if (error) {
+                ASSERT_TRUE(IsRefusal(error)) << "length " << length << " error " << error;
+                ASSERT_TRUE(image.Entries().empty());
+            } else {
+                ExerciseEverything(image);
+            }
+        }
+    }
+}
+
+TEST(ResourceCorruption, RandomDamageNeverReadsOutOfBounds) {
+    std::mt19937 random(20240611);
+    for (const char* file : kFiles) {
+        SCOPED_TRACE(file);
+        const std::vector<uint8_t> original = ReadFile(Fixture(file));
+        int loaded = 0;
+        for (int round = 0; round < 1500; ++round) {
+            std::vector<uint8_t> bytes = original;
+            const int changes = 1 + static_cast<int>(random() % 8);
+            for (int i = 0; i < changes; ++i) {
+                // Damage the interesting part more often: headers and resource data.
+                const std::size_t at = random() % 2
+                                           ? random() % std::min<std::size_t>(bytes.size(), 2048)
+                                           : random() % bytes.size();
+                bytes[at] = static_cast<uint8_t>(random() % 3 == 0 ? 0xFF : random());
+            }
+            ResourceImage image;
+            const uint32_t error = image.LoadBytes(bytes);
+            if (error) {
+                ASSERT_TRUE(IsRefusal(error)) << error;
+            } else {
+                ++loaded;
+                ExerciseEverything(image);
+            }
+        }
+        EXPECT_GT(loaded, 0) << "some damage falls where it harms nothing";
+    }
+}
+
+// The raw file offset of a PE file's ".rsrc" section.
+std::size_t ResourceSectionOffset(const std::vector<uint8_t>& pe) {
+    const uint32_t peOffset = U32(pe, 0x3C);
+    const uint16_t sections = pe[peOffset + 6] | (pe[peOffset + 7] << 8);
+    const uint16_t optionalSize = pe[peOffset + 20] | (pe[peOffset + 21] << 8);
+    for (uint16_t i = 0; i < sections; ++i) {
+        const std::size_t at = peOffset + 24 + optionalSize + i * 40;
+        if (std::memcmp(&pe[at], ".rsrc", 6) == 0) return U32(pe, at + 20);
+    }
+    return 0;
+}
+
+TEST(ResourceCorruption, HostilePeDirectoriesAreRefused) {
+    for (const char* file : {"Versioned_x86.dll", "Versioned_x64.dll"}) {
+        SCOPED_TRACE(file);
+        const std::vector<uint8_t> original = ReadFile(Fixture(file));
+        const std::size_t rsrc = ResourceSectionOffset(original);
+        ASSERT_NE(rsrc, 0u);
+        ResourceImage image;
+
+        // A subdirectory that is the root again: a loop.
+        std::vector<uint8_t> bytes = original;
+        PutU32(bytes, rsrc + 16 + 4, 0x80000000u);
+        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+
+        // Two types sharing one name directory.
+        bytes = original;
+        PutU32(bytes, rsrc + 24 + 4, U32(bytes, rsrc + 16 + 4));
+        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+
+        // Follow type 0, name 0, language 0 to its data entry.
+        const uint32_t names = U32(original, rsrc + 16 + 4) & 0x7FFFFFFF;
+        const uint32_t languages = U32(original, rsrc + names + 16 + 4) & 0x7FFFFFFF;
+        const uint32_t dataEntry = U32(original, rsrc + languages + 16 + 4);
+        ASSERT_EQ(dataEntry & 0x80000000u, 0u);
+
+        bytes = original;  // data beyond every section
+        PutU32(bytes, rsrc + dataEntry, 0x7FFFFFF0u);
+        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+        bytes = original;  // a size that runs past the end
+        PutU32(bytes, rsrc + dataEntry + 4, 0xFFFFFFF0u);
+        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+        bytes = original;  // a data entry where a directory belongs
+        PutU32(bytes, rsrc + 16 + 4, dataEntry);
+        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+        bytes = original;  // more entries than the section holds
+        bytes[rsrc + 14] = 0xFF;
+        bytes[rsrc + 15] = 0xFF;
+        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+        bytes = original;  // a section table past the end of the file
+        bytes[U32(original, 0x3C) + 6] = 0xFF;
+        bytes[U32(original, 0x3C) + 7] = 0xFF;
+        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+        bytes = original;  // a PE header offset past the end
+        PutU32(bytes, 0x3C, 0xFFFFFFF0u);
+        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+    }
+}
+
+TEST(ResourceCorruption, HostileResAndElfHeadersAreRefused) {
+    const std::vector<uint8_t> res = ReadFile(Fixture("fixture_Versioned.res"));
+    ResourceImage image;
+    std::vector<uint8_t> bytes = res;
+    PutU32(bytes, 32, 0xFFFFFFF0u);  // data size of the first real entry
+    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+    bytes = res;
+    PutU32(bytes, 36, 0xFFFFFFF0u);  // its header size
+    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+    bytes = res;
+    PutU32(bytes, 36, 4);  // a header too small to hold itself
+    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+    // A name that is not terminated inside its header.
+    bytes = std::vector<uint8_t>(res.begin(), res.begin() + 32);
+    const uint8_t unterminated[] = {0, 0, 0, 0, 16, 0, 0, 0, 'A', 0, 'B', 0, 'C', 0, 'D', 0};
+    bytes.insert(bytes.end(), std::begin(unterminated), std::end(unterminated));
+    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+
+    const std::vector<uint8_t> elf = ReadFile(Fixture("libVersioned_elf.so"));
+    ASSERT_EQ(elf[4], 2);  // 64-bit
+    bytes = elf;
+    PutU32(bytes, 0x28, 0xFFFFFF00u);  // section table past the end
+    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+    bytes = elf;
+    bytes[0x3E] = 0xF0;  // names section index beyond the table
+    bytes[0x3F] = 0x00;
+    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+    bytes = elf;
+    bytes[0x3A] = 8;  // section header entries too small
+    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+    bytes = elf;
+    bytes[4] = 7;  // unknown class
+    EXPECT_EQ(image.LoadBytes(bytes), Errors::BadFormat);
+}
+
+}  // namespace

@@ -1,0 +1,28 @@
+// Runs a shell command as a user would and keeps what it printed.
+#pragma once
+
+#include <stdio.h>
+#include <sys/wait.h>
+
+#include <string>
+
+namespace TestSupport {
+
+struct CommandOutput {
+    int exitCode = -1;  // -1 when the command did not exit normally or could not start
+    std::string out;    // stdout, and stderr when the command sends it there (2>&1)
+};
+
+inline CommandOutput RunCommand(const std::string& command) {
+    CommandOutput run;
+    FILE* pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr) return run;
+    char buffer[4096];
+    std::size_t got = 0;
+    while ((got = ::fread(buffer, 1, sizeof(buffer), pipe)) > 0) run.out.append(buffer, got);
+    const int status = ::pclose(pipe);
+    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return run;
+}
+
+}  // namespace TestSupport
