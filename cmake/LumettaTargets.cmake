@@ -1,11 +1,15 @@
 # Every subsystem is a static library made of the sources in its folder (public headers
 # at the root, private ones under internal/). Sources are globbed so that adding a file
-# needs no edit here; CONFIGURE_DEPENDS re-globs on every build.
+# needs no edit here; CONFIGURE_DEPENDS re-globs on every build. EXCLUDE_DIRS names
+# subfolders that are libraries of their own.
 function(lumetta_library name)
-  cmake_parse_arguments(ARG "" "" "DEPS;SYSTEM_DEPS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "DEPS;SYSTEM_DEPS;EXCLUDE_DIRS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS
        ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
   list(FILTER sources INCLUDE REGEX "\\.cpp$|\\.h$")
+  foreach(dir IN LISTS ARG_EXCLUDE_DIRS)
+    list(FILTER sources EXCLUDE REGEX "^${CMAKE_CURRENT_SOURCE_DIR}/${dir}/")
+  endforeach()
   set(cpp ${sources})
   list(FILTER cpp INCLUDE REGEX "\\.cpp$")
   if(NOT cpp)

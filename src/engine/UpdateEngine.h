@@ -12,16 +12,13 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <string>
-#include <vector>
 
 #include "engine/IUpdateEvents.h"
-#include "engine/ManualResetEvent.h"
 #include "engine/ProductSettings.h"
 #include "engine/UpdateState.h"
 #include "engine/UpdateWorker.h"
-#include "foundation/AtomicNumber.h"
+#include "foundation/ObserverList.h"
 
 namespace Engine {
 
@@ -78,14 +75,11 @@ private:
         UpdateEngine& engine;
     };
 
-    void Deliver(void (IUpdateEvents::*event)());
-    bool IsListening(IUpdateEvents* listener);
+    void Deliver(void (IUpdateEvents::*event)()) {
+        listeners.Deliver([event](IUpdateEvents& listener) { (listener.*event)(); });
+    }
 
-    std::mutex listenerLock;
-    Synchronization::AtomicNumberT<int32_t> notificationsInFlight;
-    std::mutex idleLock;
-    ThreadLib::ManualResetEvent idleEvent;  // set when the last round in flight ends
-    std::vector<IUpdateEvents*> listeners;  // in registration order; not owned
+    Synchronization::ObserverList<IUpdateEvents> listeners;
     const ProductSettings settings;
     Broadcaster broadcaster{*this};
     UpdateWorker worker;  // last: it goes first, while the lists above still exist
