@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "app/ProductConfiguration.h"
@@ -55,12 +56,11 @@ TEST_F(ConfigurationTest, OptionsMatchWholeArgumentsWithoutRegardToCase) {
 }
 
 TEST_F(ConfigurationTest, SilentUnlessZeroFollowsTheOption) {
-    EXPECT_TRUE(Make({}).IsSilent());
     EXPECT_FALSE(Make({L"/isSilent", L"0"}).IsSilent());
-    EXPECT_TRUE(Make({L"/isSilent", L"false"}).IsSilent());
-    EXPECT_TRUE(Make({L"/isSilent", L"1"}).IsSilent());
-    EXPECT_TRUE(Make({L"/isSilent", L"00"}).IsSilent());
-    EXPECT_TRUE(Make({L"/isSilent"}).IsSilent()) << "no value: the option is absent";
+    // Absent, without a value, or any other value.
+    for (const Args& args : {Args{}, Args{L"/isSilent"}, Args{L"/isSilent", L"false"},
+                             Args{L"/isSilent", L"1"}, Args{L"/isSilent", L"00"}})
+        EXPECT_TRUE(Make(args).IsSilent()) << args.size();
 
     auto both = Make({L"/isSilent", L"/runWithProduct"});
     EXPECT_EQ(both.GetOptionValue(L"/isSilent"), L"/runWithProduct");
@@ -131,12 +131,11 @@ TEST_F(ConfigurationTest, TheProductVersionComesFromTheExecutableBesideTheUpdate
     auto configuration = Make({L"/productExecutable", relative});
     EXPECT_EQ(configuration.GetProductVersion(), L"1. 4. 1. 0");
     EXPECT_EQ(configuration.GetShortProductVersion(), L"1. 4");
-    ProductInfo info = configuration.GetProductInfo();
-    EXPECT_EQ(info.productName, L"LumettaPlayer");
-    EXPECT_EQ(info.fullProductName, L"Lumetta Player");
-    EXPECT_EQ(info.productVersion, L"1. 4. 1. 0");
-    EXPECT_EQ(info.shortProductVersion, L"1. 4");
-    EXPECT_EQ(info.companyName, L"Company Name");
+    const ProductInfo info = configuration.GetProductInfo();
+    EXPECT_EQ(
+        std::tie(info.productName, info.fullProductName, info.productVersion,
+                 info.shortProductVersion, info.companyName),
+        std::tie(L"LumettaPlayer", L"Lumetta Player", L"1. 4. 1. 0", L"1. 4", L"Company Name"));
     EXPECT_TRUE(info.extraParameters.empty());
     EXPECT_EQ(configuration.ExpandPlaceholders(L"v{ShortProductVersion} ({ProductVersion})"),
               L"v1. 4 (1. 4. 1. 0)");

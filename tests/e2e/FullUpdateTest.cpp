@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,23 +11,10 @@ namespace {
 
 using TestHarness::ChildProcess;
 using TestHarness::Exists;
+using TestHarness::Lines;
 using TestHarness::ReadFile;
 using TestHarness::TempFolder;
-
-std::vector<std::string> Lines(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
-}
-
-bool WaitForText(const std::string& file, const std::string& text) {
-    for (int i = 0; i < 3000; ++i) {
-        if (ReadFile(file).find(text) != std::string::npos) return true;
-        usleep(10000);
-    }
-    return false;
-}
+using TestHarness::WaitForText;
 
 // The demo setup served by nginx installs the demo product into `install` and records the
 // folder in the test registry; the old product runs from `old` under the same file name.

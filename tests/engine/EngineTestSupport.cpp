@@ -2,8 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <sstream>
-
 #include "engine/Timeouts.h"
 #include "foundation/TextConversion.h"
 #include "platform/Environment.h"
@@ -54,10 +52,11 @@ std::wstring EngineTest::SetupPath() const {
 }
 
 std::vector<std::string> EngineTest::SetupArguments() const {
-    std::vector<std::string> lines;
-    std::istringstream in(TestHarness::ReadFile(argumentsFile));
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
+    return TestHarness::Lines(TestHarness::ReadFile(argumentsFile));
+}
+
+bool EngineTest::RunToEnd(Engine::UpdateEngine& engine, Observer& observer) {
+    return engine.AddListener(&observer) && engine.Start() && observer.WaitFor(Engine::Finished);
 }
 
 }  // namespace EngineTests

@@ -69,6 +69,8 @@ protected:
     static Engine::ProductSettings Settings(const std::wstring& url, bool silent = true);
     std::wstring SetupPath() const;
     std::vector<std::string> SetupArguments() const;
+    // Registers `observer`, starts the update and waits until it has finished.
+    static bool RunToEnd(Engine::UpdateEngine& engine, Observer& observer);
 
     static std::unique_ptr<TestHarness::TempFolder> root;
     static std::unique_ptr<TestHarness::HttpServers> servers;

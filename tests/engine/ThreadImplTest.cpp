@@ -66,6 +66,18 @@ TEST(ThreadImpl, RunsOneThreadAtATimeAndKeepsItsExitCode) {
     EXPECT_EQ(code, 9u);
     EXPECT_EQ(looper.runs, 2);
 
+    // Stop sets the stop event and waits; the event is cleared when the body returns.
+    looper.started.Reset();
+    looper.release.Reset();
+    ASSERT_TRUE(looper.Start());
+    ASSERT_TRUE(looper.started.Wait(10000));
+    looper.Stop();
+    EXPECT_TRUE(looper.sawStop);
+    EXPECT_FALSE(looper.IsRunning());
+    EXPECT_FALSE(looper.IsStopRequested());
+    EXPECT_FALSE(looper.GetStopEvent().IsSet());
+    looper.Stop();  // nothing to stop: returns at once
+
     // An exception in the body ends the thread with -1.
     looper.throwInBody = true;
     ASSERT_TRUE(looper.Start());
@@ -91,18 +103,6 @@ TEST(ThreadImpl, SuspendedStartWaitsForResume) {
     never.Stop();
     EXPECT_FALSE(never.IsRunning());
     EXPECT_EQ(never.runs, 0);
-}
-
-TEST(ThreadImpl, StopSetsTheEventAndClearsItWhenTheBodyReturns) {
-    Looper looper;
-    ASSERT_TRUE(looper.Start());
-    ASSERT_TRUE(looper.started.Wait(10000));
-    looper.Stop();
-    EXPECT_TRUE(looper.sawStop);
-    EXPECT_FALSE(looper.IsRunning());
-    EXPECT_FALSE(looper.IsStopRequested()) << "cleared when the body returned";
-    EXPECT_FALSE(looper.GetStopEvent().IsSet());
-    looper.Stop();  // nothing to stop: returns at once
 }
 
 TEST(ThreadImpl, ALostHandleIsFoundAgainByIdentifier) {

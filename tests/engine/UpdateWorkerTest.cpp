@@ -23,7 +23,10 @@ std::string Narrow(const std::wstring& text) {
     return STLHelpers::WideToUtf8(text);
 }
 
-bool ProcessAlive(pid_t pid) {
+// Whether `pid` still runs, waiting up to 5 s for it to end.
+bool StillAlive(pid_t pid) {
+    for (int i = 0; i < 500 && pid > 0 && ::kill(pid, 0) == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     return pid > 0 && ::kill(pid, 0) == 0;
 }
 
@@ -35,9 +38,7 @@ TEST_F(EngineTest, ASilentUpdateRunsTheSetupWithTheSilentSwitchesAndDeletesIt) {
     EXPECT_EQ(engine.GetState(), Preparing);
 
     Observer observer(engine);
-    ASSERT_TRUE(engine.AddListener(&observer));
-    ASSERT_TRUE(engine.Start());
-    ASSERT_TRUE(observer.WaitFor(Finished));
+    ASSERT_TRUE(RunToEnd(engine, observer));
     EXPECT_EQ(observer.States(), (States{Connecting, Downloading, Installing, Finished}));
     EXPECT_FALSE(engine.IsFailed()) << "the setup's exit code 3 is not examined";
     const auto size = ReadFile(root->File("setup-ok.sh")).size();
@@ -55,59 +56,45 @@ TEST_F(EngineTest, ASilentUpdateRunsTheSetupWithTheSilentSwitchesAndDeletesIt) {
     EXPECT_EQ(engine.GetState(), Finished);
 }
 
-TEST_F(EngineTest, ANonSilentUpdateGivesTheSetupNoArguments) {
-    Engine::UpdateEngine engine(Settings(L"127.0.0.1/setup-ok.sh", /*silent=*/false));
-    Observer observer(engine);
-    engine.AddListener(&observer);
-    ASSERT_TRUE(engine.Start());
-    ASSERT_TRUE(observer.WaitFor(Finished));
-    EXPECT_FALSE(engine.IsFailed());
-    EXPECT_TRUE(Exists(argumentsFile));
-    EXPECT_TRUE(SetupArguments().empty());
-}
-
-TEST_F(EngineTest, FailedDownloadsEndFinishedAndFailedWithoutInstalling) {
-    {
-        Engine::UpdateEngine engine(Settings(L"http://127.0.0.2/cut"));
+TEST_F(EngineTest, FailedDownloadsAndAnEarlyCancelEndFinishedAndFailedKeepingThePartialFile) {
+    Engine::Testing::SetTimeouts(0, 1500, 0);
+    struct Case {
+        const wchar_t* url;
+        bool cancelFirst;
+        States states;
+        uint32_t total, partial;  // partial ~0u: not examined
+    };
+    const Case cases[] = {
+        {L"http://127.0.0.2/cut", false, {Connecting, Downloading, Finished}, 100000, 30000},
+        {L"http://127.0.0.2/stall", false, {Connecting, Downloading, Finished}, 100000, 10000},
+        {L"http://127.0.0.2/silent", false, {Connecting, Finished}, 0, 0},
+        {L"http://127.0.0.3/setup-ok.sh", false, {Connecting, Finished}, 0, 0},
+        // A cancel before the run only sets the flag; the run stops at its first block.
+        {L"http://127.0.0.1/setup-ok.sh", true, {Connecting, Downloading, Finished}, 0, ~0u},
+    };
+    int number = 0;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(Narrow(c.url));
+        Engine::UpdateEngine engine(Settings(c.url));
+        const std::string setup = Narrow(engine.GetWorker().GetSetupFilePath());
+        EXPECT_EQ(setup, folder.File("Update" + std::to_string(++number) + ".exe"))
+            << "the files of earlier runs are taken";
         Observer observer(engine);
-        engine.AddListener(&observer);
-        ASSERT_TRUE(engine.Start());
-        ASSERT_TRUE(observer.WaitFor(Finished));
-        EXPECT_EQ(observer.States(), (States{Connecting, Downloading, Finished}));
+        if (c.cancelFirst) {
+            EXPECT_TRUE(engine.Cancel());
+            EXPECT_EQ(engine.GetState(), Preparing);
+            EXPECT_FALSE(engine.IsFailed());
+        }
+        ASSERT_TRUE(RunToEnd(engine, observer));
+        EXPECT_EQ(observer.States(), c.states);
         EXPECT_TRUE(engine.IsFailed());
-        EXPECT_EQ(engine.GetTotalSize(), 100000u);
-        EXPECT_EQ(engine.GetDownloadedSize(), 30000u);
-        EXPECT_EQ(ReadFile(folder.File("Update1.exe")).size(), 30000u) << "partial file stays";
-    }
-    {
-        Engine::UpdateEngine engine(Settings(L"http://127.0.0.3/setup-ok.sh"));
-        EXPECT_EQ(Narrow(engine.GetWorker().GetSetupFilePath()), folder.File("Update2.exe"))
-            << "Update1.exe is taken";
-        Observer observer(engine);
-        engine.AddListener(&observer);
-        ASSERT_TRUE(engine.Start());
-        ASSERT_TRUE(observer.WaitFor(Finished));
-        EXPECT_EQ(observer.States(), (States{Connecting, Finished}));
-        EXPECT_TRUE(engine.IsFailed());
+        if (c.total) EXPECT_EQ(engine.GetTotalSize(), c.total);
+        if (c.partial == ~0u) continue;
+        EXPECT_EQ(engine.GetDownloadedSize(), c.partial);
+        EXPECT_EQ(ReadFile(setup).size(), c.partial) << "the partial file stays";
+        EXPECT_TRUE(Exists(setup));
     }
     EXPECT_FALSE(Exists(argumentsFile)) << "no setup ran";
-}
-
-TEST_F(EngineTest, CancelBeforeTheRunOnlySetsTheFlagAndTheRunStopsAtItsFirstBlock) {
-    Engine::UpdateEngine engine(Settings(L"http://127.0.0.1/setup-ok.sh"));
-    Observer observer(engine);
-    engine.AddListener(&observer);
-    EXPECT_TRUE(engine.Cancel());
-    EXPECT_EQ(engine.GetState(), Preparing);
-    EXPECT_FALSE(engine.IsFailed());
-    EXPECT_TRUE(observer.States().empty());
-
-    ASSERT_TRUE(engine.Start());
-    ASSERT_TRUE(observer.WaitFor(Finished));
-    EXPECT_EQ(observer.States(), (States{Connecting, Downloading, Finished}));
-    EXPECT_TRUE(engine.IsFailed());
-    EXPECT_TRUE(Exists(folder.File("Update1.exe")));
-    EXPECT_FALSE(Exists(argumentsFile));
 }
 
 TEST_F(EngineTest, CancelWhileDownloadingStopsAtOnce) {
@@ -140,36 +127,28 @@ TEST_F(EngineTest, CancelWhileInstallingEndsTheSetup) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     const pid_t setup = static_cast<pid_t>(engine.GetWorker().GetSetupProcessId());
     ASSERT_GT(setup, 0);
-    EXPECT_TRUE(ProcessAlive(setup));
+    EXPECT_EQ(::kill(setup, 0), 0);
 
     engine.Cancel();
     EXPECT_EQ(engine.GetState(), Finished);
     EXPECT_TRUE(engine.IsFailed());
     EXPECT_EQ(observer.States(), (States{Connecting, Downloading, Installing, Finished}));
-    for (int i = 0; i < 500 && ProcessAlive(setup); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_FALSE(ProcessAlive(setup)) << "the setup is ended";
+    EXPECT_FALSE(StillAlive(setup)) << "the setup is ended";
     EXPECT_TRUE(Exists(folder.File("Update1.exe"))) << "an unfinished setup is not deleted";
 }
 
-TEST_F(EngineTest, ASilentSetupThatOutlivesItsLimitFailsTheUpdateAndKeepsRunning) {
+TEST_F(EngineTest, ASilentSetupThatOutlivesItsLimitKeepsRunningUntilTheEngineEnds) {
     Engine::Testing::SetTimeouts(0, 0, 1000);
     pid_t setup = 0;
     {
         Engine::UpdateEngine engine(Settings(L"http://127.0.0.1/setup-hang.sh"));
         Observer observer(engine);
-        engine.AddListener(&observer);
-        ASSERT_TRUE(engine.Start());
-        ASSERT_TRUE(observer.WaitFor(Finished));
+        ASSERT_TRUE(RunToEnd(engine, observer));
         EXPECT_TRUE(engine.IsFailed());
         setup = static_cast<pid_t>(engine.GetWorker().GetSetupProcessId());
-        EXPECT_TRUE(ProcessAlive(setup)) << "the setup keeps running after the limit";
-        EXPECT_TRUE(Exists(folder.File("Update1.exe")));
+        EXPECT_EQ(::kill(setup, 0), 0) << "the setup keeps running after the limit";
     }
-    // The engine's end ends the setup.
-    for (int i = 0; i < 500 && ProcessAlive(setup); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_FALSE(ProcessAlive(setup));
+    EXPECT_FALSE(StillAlive(setup)) << "the engine's end ends the setup";
 }
 
 TEST_F(EngineTest, ObserversAreRegisteredOnceAndHearNothingAfterRemoval) {
@@ -191,10 +170,8 @@ TEST_F(EngineTest, ObserversAreRegisteredOnceAndHearNothingAfterRemoval) {
     EXPECT_TRUE(engine.AddListener(&first)) << "may come back";
 }
 
-// An observer that leaves while events are under way on the worker thread.
-class LeavingObserver : public Engine::IUpdateEvents {
-public:
-    explicit LeavingObserver(Engine::UpdateEngine& engine) : engine(engine) {}
+// An observer that counts the events it hears after it was removed.
+struct LeavingObserver : Engine::IUpdateEvents {
     void OnStateChanged() override { Check(); }
     void OnProgress() override {
         Check();
@@ -203,14 +180,13 @@ public:
     void Check() {
         if (removed.load()) lateEvents.fetch_add(1);
     }
-    Engine::UpdateEngine& engine;
     std::atomic<bool> removed{false};
     std::atomic<int> lateEvents{0};
 };
 
 TEST_F(EngineTest, RemovalWaitsForEventsInFlight) {
     Engine::UpdateEngine engine(Settings(L"http://127.0.0.1/setup-ok.sh"), SetupPath());
-    LeavingObserver leaving(engine);
+    LeavingObserver leaving;
     engine.AddListener(&leaving);
     std::atomic<bool> done{false};
     std::thread producer([&] {
@@ -234,13 +210,15 @@ TEST_F(EngineTest, APlantedLinkInTheTemporaryFolderIsNeverFollowed) {
         Engine::UpdateEngine engine(Settings(L"http://127.0.0.1/setup-ok.sh"));
         EXPECT_EQ(Narrow(engine.GetWorker().GetSetupFilePath()), folder.File("Update3.exe"));
     }
-    // Given the link itself, construction fails instead of writing through it.
-    try {
-        Engine::UpdateEngine engine(Settings(L"http://127.0.0.1/setup-ok.sh"),
-                                    STLHelpers::Utf8ToWide(folder.File("Update1.exe")));
-        FAIL() << "the engine must not be built on a link";
-    } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(), "Cannot open destination file");
+    // Given a link itself, construction fails instead of writing through it.
+    for (const char* link : {"Update1.exe", "Update2.exe"}) {
+        try {
+            Engine::UpdateEngine engine(Settings(L"http://127.0.0.1/setup-ok.sh"),
+                                        STLHelpers::Utf8ToWide(folder.File(link)));
+            ADD_FAILURE() << "the engine must not be built on a link";
+        } catch (const std::runtime_error& e) {
+            EXPECT_STREQ(e.what(), "Cannot open destination file");
+        }
     }
     EXPECT_EQ(ReadFile(victim), "precious");
     EXPECT_FALSE(Exists(folder.File("absent")));

@@ -26,16 +26,12 @@ TEST(UrlParts, TakesHostPathAndExtraOnly) {
     EXPECT_EQ(RequestUrl(parts), "http://host:80/?q");
     ASSERT_TRUE(CrackUrl(L"http://[::1]:8080/x", &parts));
     EXPECT_EQ(parts.host, L"[::1]");
-}
 
-TEST(UrlParts, EncodesWhatCannotTravelAsIs) {
-    UrlParts parts;
+    // What cannot travel as it is gets encoded.
     ASSERT_TRUE(CrackUrl(L"http://h/my setup\u00e9.exe?a b", &parts));
     EXPECT_EQ(RequestUrl(parts), "http://h:80/my%20setup%C3%A9.exe?a%20b");
-}
 
-TEST(UrlParts, RefusesWhatThePlatformCrackerRefuses) {
-    UrlParts parts;
+    // Refused as the platform's cracker refuses them.
     EXPECT_FALSE(CrackUrl(L"host/path", &parts)) << "no scheme separator";
     EXPECT_FALSE(CrackUrl(L"http:///path", &parts)) << "no host";
     EXPECT_FALSE(CrackUrl(L"http://[::1/path", &parts));

@@ -124,6 +124,12 @@ TEST_F(NamedObjects, EventKeepsOneSignalAndRemovalDropsAStaleOne) {
     EXPECT_EQ(event.Wait(0), NamedEvent::WaitResult::TimedOut) << "created not signalled";
     EXPECT_EQ(event.Wait(50), NamedEvent::WaitResult::TimedOut);
 
+    // A waiter blocked in another thread wakes on a set.
+    std::thread thread([&] { EXPECT_EQ(other.Wait(-1), NamedEvent::WaitResult::Signaled); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_EQ(event.Set(), 0u);
+    thread.join();
+
     // Auto-reset, at most one pending signal: two sets let one wait through.
     ASSERT_EQ(event.Set(), 0u);
     ASSERT_EQ(event.Set(), 0u);
@@ -143,18 +149,6 @@ TEST_F(NamedObjects, EventKeepsOneSignalAndRemovalDropsAStaleOne) {
     NamedEvent closed;
     EXPECT_EQ(closed.Set(), 6u);
     EXPECT_EQ(closed.Wait(0), NamedEvent::WaitResult::Failed);
-}
-
-TEST_F(NamedObjects, WaiterInAThreadWakesOnSet) {
-    const std::string name = prefix + "Thread_ExitEvent";
-    NamedEvent setter, waiter;
-    ASSERT_EQ(setter.Create(name), 0u);
-    ASSERT_EQ(waiter.Create(name), 0u);
-    std::thread thread([&] { EXPECT_EQ(waiter.Wait(-1), NamedEvent::WaitResult::Signaled); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    ASSERT_EQ(setter.Set(), 0u);
-    thread.join();
-    NamedEvent::Remove(name);
 }
 
 TEST_F(NamedObjects, NamesAreSanitisedAndLongNamesStayDistinct) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/TestFiles.h"
+
 #include <string>
 #include <vector>
 
@@ -12,24 +14,7 @@ using Platform::RegValue;
 
 namespace {
 
-// The bytes of `text` as the registry editor writes them: UTF-16LE after a byte-order mark.
-std::string Utf16LeWithBom(std::wstring_view text) {
-    std::string bytes = "\xFF\xFE";
-    for (wchar_t c : text) {
-        auto put = [&bytes](uint32_t unit) {
-            bytes.push_back(static_cast<char>(unit & 0xFF));
-            bytes.push_back(static_cast<char>(unit >> 8));
-        };
-        if (static_cast<uint32_t>(c) >= 0x10000) {
-            const uint32_t v = static_cast<uint32_t>(c) - 0x10000;
-            put(0xD800 + (v >> 10));
-            put(0xDC00 + (v & 0x3FF));
-        } else {
-            put(static_cast<uint32_t>(c));
-        }
-    }
-    return bytes;
-}
+using TestSupport::Utf16LeWithBom;
 
 std::vector<uint8_t> Utf16Z(std::u16string_view text) {
     std::vector<uint8_t> out;
@@ -52,52 +37,50 @@ const RegValue* Value(const RegHive& hive, std::wstring_view key, std::wstring_v
 TEST(RegFileParser, ReadsAnExportOfTheRegistryEditor) {
     // What the registry editor writes: UTF-16LE with a mark, CRLF, long binary values wrapped
     // after 80 columns with a trailing backslash.
-    const std::wstring text =
-        L"Windows Registry Editor Version 5.00\r\n"
-        L"\r\n"
-        L"[HKEY_CURRENT_USER\\Software\\Lumetta Test]\r\n"
-        L"@=\"Default text\"\r\n"
-        L"\"Path\"=\"C:\\\\Program Files\\\\Lumetta \\\"Beta\\\"\"\r\n"
-        L"\"Level\"=dword:0000002a\r\n"
-        L"\"Expand\"=hex(2):25,00,54,00,45,00,4d,00,50,00,25,00,5c,00,61,00,62,00,63,00,64,\\\r\n"
-        L"  00,65,00,00,00\r\n"
-        L"\"Blob\"=hex:de,ad,be,ef\r\n"
-        L"\"Multi\"=hex(7):61,00,00,00,62,00,00,00,00,00\r\n"
-        L"\"Big\"=hex(b):01,00,00,00,00,00,00,80\r\n"
-        L"\"Odd\"=hex(100):ff\r\n"
-        L"\"Unicode \u00e9\u20ac\"=\"\u65e5\u672c \U0001F600\"\r\n"
-        L"\r\n"
-        L"[HKEY_CURRENT_USER\\Software\\Lumetta Test\\Sub Key]\r\n"
-        L"\"Empty\"=\"\"\r\n"
-        L"\"NoBytes\"=hex:\r\n";
+    const std::u16string text =
+        u"Windows Registry Editor Version 5.00\r\n"
+        u"\r\n"
+        u"[HKEY_CURRENT_USER\\Software\\Lumetta Test]\r\n"
+        u"@=\"Default text\"\r\n"
+        u"\"Path\"=\"C:\\\\Program Files\\\\Lumetta \\\"Beta\\\"\"\r\n"
+        u"\"Level\"=dword:0000002a\r\n"
+        u"\"Expand\"=hex(2):25,00,54,00,45,00,4d,00,50,00,25,00,5c,00,61,00,62,00,63,00,64,\\\r\n"
+        u"  00,65,00,00,00\r\n"
+        u"\"Blob\"=hex:de,ad,be,ef\r\n"
+        u"\"Multi\"=hex(7):61,00,00,00,62,00,00,00,00,00\r\n"
+        u"\"Big\"=hex(b):01,00,00,00,00,00,00,80\r\n"
+        u"\"Odd\"=hex(100):ff\r\n"
+        u"\"Unicode \u00e9\u20ac\"=\"\u65e5\u672c \U0001F600\"\r\n"
+        u"\r\n"
+        u"[HKEY_CURRENT_USER\\Software\\Lumetta Test\\Sub Key]\r\n"
+        u"\"Empty\"=\"\"\r\n"
+        u"\"NoBytes\"=hex:\r\n";
     std::vector<Platform::RegParseIssue> issues;
     const RegHive hive = RegFileParser::Parse(Utf16LeWithBom(text), RegRoot::CurrentUser, &issues);
     EXPECT_TRUE(issues.empty()) << issues.front().line << ": " << issues.front().reason;
 
-    const auto* def = Value(hive, L"Software\\Lumetta Test", L"");
-    ASSERT_NE(def, nullptr);
-    EXPECT_EQ(def->type, Platform::kRegSz);
-    EXPECT_EQ(def->data, Utf16Z(u"Default text"));
-
-    EXPECT_EQ(Value(hive, L"Software\\Lumetta Test", L"Path")->data,
-              Utf16Z(u"C:\\Program Files\\Lumetta \"Beta\""));
-
-    const auto* level = Value(hive, L"Software\\Lumetta Test", L"Level");
-    ASSERT_NE(level, nullptr);
-    EXPECT_EQ(level->type, Platform::kRegDword);
-    EXPECT_EQ(level->data, (std::vector<uint8_t>{0x2a, 0, 0, 0}));
-
-    const auto* expand = Value(hive, L"Software\\Lumetta Test", L"Expand");
-    ASSERT_NE(expand, nullptr);
-    EXPECT_EQ(expand->type, Platform::kRegExpandSz);
-    EXPECT_EQ(expand->data, Utf16Z(u"%TEMP%\\abcde"));
-
-    EXPECT_EQ(Value(hive, L"Software\\Lumetta Test", L"Blob")->data,
-              (std::vector<uint8_t>{0xde, 0xad, 0xbe, 0xef}));
-    EXPECT_EQ(Value(hive, L"Software\\Lumetta Test", L"Multi")->type, Platform::kRegMultiSz);
-    EXPECT_EQ(Value(hive, L"Software\\Lumetta Test", L"Big")->type, Platform::kRegQword);
-    EXPECT_EQ(Value(hive, L"Software\\Lumetta Test", L"Big")->data.size(), 8u);
-    EXPECT_EQ(Value(hive, L"Software\\Lumetta Test", L"Odd")->type, 0x100u);
+    const std::wstring key = L"Software\\Lumetta Test";
+    struct Expected {
+        const wchar_t* name;
+        uint32_t type;
+        std::vector<uint8_t> data;
+    };
+    const Expected values[] = {
+        {L"", Platform::kRegSz, Utf16Z(u"Default text")},
+        {L"Path", Platform::kRegSz, Utf16Z(u"C:\\Program Files\\Lumetta \"Beta\"")},
+        {L"Level", Platform::kRegDword, {0x2a, 0, 0, 0}},
+        {L"Expand", Platform::kRegExpandSz, Utf16Z(u"%TEMP%\\abcde")},
+        {L"Blob", Platform::kRegBinary, {0xde, 0xad, 0xbe, 0xef}},
+        {L"Multi", Platform::kRegMultiSz, {0x61, 0, 0, 0, 0x62, 0, 0, 0, 0, 0}},
+        {L"Big", Platform::kRegQword, {1, 0, 0, 0, 0, 0, 0, 0x80}},
+        {L"Odd", 0x100u, {0xff}},
+    };
+    for (const Expected& expected : values) {
+        const RegValue* value = Value(hive, key, expected.name);
+        ASSERT_NE(value, nullptr) << expected.name;
+        EXPECT_EQ(value->type, expected.type) << expected.name;
+        EXPECT_EQ(value->data, expected.data) << expected.name;
+    }
 
     // Characters outside the BMP travel as surrogate pairs, in the file and in the value.
     const auto* unicode = Value(hive, L"Software\\Lumetta Test", L"UNICODE \u00c9\u20ac");
@@ -185,7 +168,7 @@ TEST(RegFileParser, DecodesEveryEncodingPeopleSave) {
         EXPECT_EQ(Value(hive, L"A", L"K")->data, Utf16Z(u"\u00e9t\u00e9"));
     }
     // UTF-16LE whose mark was lost.
-    const std::string marked = Utf16LeWithBom(L"REGEDIT4\n[HKEY_CURRENT_USER\\B]\n\"V\"=dword:2\n");
+    const std::string marked = Utf16LeWithBom(u"REGEDIT4\n[HKEY_CURRENT_USER\\B]\n\"V\"=dword:2\n");
     const RegHive unmarked = RegFileParser::Parse(marked.substr(2), RegRoot::CurrentUser);
     ASSERT_NE(Value(unmarked, L"B", L"V"), nullptr);
 

@@ -19,21 +19,13 @@ using Platform::RegRoot;
 namespace {
 
 // A private hive folder named by LUMETTA_REGISTRY_DIR for the life of the test.
-class HiveFolder : public ::testing::Test {
+class HiveFolder : public ::testing::Test, protected TestSupport::HiveFolder {
 protected:
-    void SetUp() override { ASSERT_FALSE(hives_.Path().empty()); }
-
-    void WriteHive(const std::string& fileName, const std::string& text) {
-        ASSERT_TRUE(hives_.WriteHive(fileName, text));
-    }
-
-    TestSupport::HiveFolder hives_;
-    const fs::path& folder_ = hives_.Path();
+    const fs::path& folder_ = Path();
 };
 
-std::vector<uint8_t> Dword(uint32_t v) {
-    return {static_cast<uint8_t>(v), static_cast<uint8_t>(v >> 8), static_cast<uint8_t>(v >> 16),
-            static_cast<uint8_t>(v >> 24)};
+std::vector<uint8_t> Dword(uint8_t v) {
+    return {v, 0, 0, 0};
 }
 
 const std::string kLogHive =
@@ -44,7 +36,7 @@ const std::string kLogHive =
 }  // namespace
 
 TEST_F(HiveFolder, LooksUpValuesAndParsesOnlyWhenTheFileChanges) {
-    WriteHive("HKEY_CURRENT_USER.reg", kLogHive);
+    ASSERT_TRUE(WriteHive("HKEY_CURRENT_USER.reg", kLogHive));
     EXPECT_EQ(Platform::RegistryHivePath(RegRoot::CurrentUser),
               (folder_ / "HKEY_CURRENT_USER.reg").string());
 
@@ -61,8 +53,9 @@ TEST_F(HiveFolder, LooksUpValuesAndParsesOnlyWhenTheFileChanges) {
     EXPECT_EQ(Platform::RegistryHiveParseCount(), parses);
 
     // A new file under the same name is read again.
-    WriteHive("HKEY_CURRENT_USER.reg",
-              kLogHive + "\"Level\"=dword:00000005\n[HKEY_CURRENT_USER\\Software\\More]\n");
+    ASSERT_TRUE(
+        WriteHive("HKEY_CURRENT_USER.reg",
+                  kLogHive + "\"Level\"=dword:00000005\n[HKEY_CURRENT_USER\\Software\\More]\n"));
     EXPECT_EQ(Platform::ReadRegistryValue(RegRoot::CurrentUser,
                                           L"Software\\Utility\\Debugging\\LogImpl", L"Level")
                   ->data,
@@ -89,7 +82,7 @@ TEST_F(HiveFolder, UnreadableHivesAreEmpty) {
     // A folder in place of the file, and a file that may not be read.
     fs::create_directory(folder_ / "HKEY_LOCAL_MACHINE.reg");
     EXPECT_FALSE(Platform::RegistryKeyExists(RegRoot::LocalMachine, L"Software"));
-    WriteHive("HKEY_CURRENT_USER.reg", kLogHive);
+    ASSERT_TRUE(WriteHive("HKEY_CURRENT_USER.reg", kLogHive));
     fs::permissions(folder_ / "HKEY_CURRENT_USER.reg", fs::perms::none);
     if (::access((folder_ / "HKEY_CURRENT_USER.reg").c_str(), R_OK) != 0) {  // not when root
         EXPECT_FALSE(Platform::RegistryKeyExists(RegRoot::CurrentUser, L"Software"));
@@ -116,10 +109,10 @@ TEST(RegistryHivePath, FollowsTheUserAndSystemFolders) {
 }
 
 TEST_F(HiveFolder, KeyHandlesBehaveLikeTheRegistryFunctions) {
-    WriteHive("HKEY_LOCAL_MACHINE.reg",
-              "Windows Registry Editor Version 5.00\n"
-              "[HKEY_LOCAL_MACHINE\\Software\\Product]\n"
-              "\"InstallPath\"=\"/opt/product\"\n");
+    ASSERT_TRUE(WriteHive("HKEY_LOCAL_MACHINE.reg",
+                          "Windows Registry Editor Version 5.00\n"
+                          "[HKEY_LOCAL_MACHINE\\Software\\Product]\n"
+                          "\"InstallPath\"=\"/opt/product\"\n"));
     using Platform::HKEY;
     const HKEY hklm = Platform::PredefinedRegKey(RegRoot::LocalMachine);
     EXPECT_EQ(reinterpret_cast<uintptr_t>(hklm), 0x80000002u);
@@ -162,7 +155,7 @@ TEST_F(HiveFolder, KeyHandlesBehaveLikeTheRegistryFunctions) {
     EXPECT_EQ(same, hklm);
 
     // The key vanishes from a new version of the file while the handle is open.
-    WriteHive("HKEY_LOCAL_MACHINE.reg", "Windows Registry Editor Version 5.00\n");
+    ASSERT_TRUE(WriteHive("HKEY_LOCAL_MACHINE.reg", "Windows Registry Editor Version 5.00\n"));
     size = sizeof(buffer);
     EXPECT_EQ(Platform::RegQueryValueEx(product, L"InstallPath", &type, buffer, &size), 1018u);
 

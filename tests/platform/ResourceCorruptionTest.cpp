@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -14,6 +12,7 @@
 #include "platform/ResourceImage.h"
 #include "platform/StringTable.h"
 #include "platform/VersionInfo.h"
+#include "support/TestFiles.h"
 
 namespace {
 
@@ -25,8 +24,7 @@ std::string Fixture(const std::string& name) {
 }
 
 std::vector<uint8_t> ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
+    return TestSupport::ReadBytes(path);
 }
 
 uint32_t U32(const std::vector<uint8_t>& b, std::size_t at) {

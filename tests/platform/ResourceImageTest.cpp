@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -12,6 +10,7 @@
 #include "platform/ResourceImage.h"
 #include "platform/StringTable.h"
 #include "platform/Utf16Text.h"
+#include "support/TestFiles.h"
 
 namespace {
 
@@ -23,8 +22,7 @@ std::string Fixture(const std::string& name) {
 }
 
 std::vector<uint8_t> ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
+    return TestSupport::ReadBytes(path);
 }
 
 struct Container {

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <string>
+#include <vector>
 
 namespace TestSupport {
 
@@ -23,6 +24,22 @@ inline CommandOutput RunCommand(const std::string& command) {
     const int status = ::pclose(pipe);
     run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return run;
+}
+
+// `text` in single quotes, safe as one word of a shell command.
+inline std::string ShellQuoted(const std::string& text) {
+    std::string out = "'";
+    for (char ch : text) out += ch == '\'' ? std::string("'\\''") : std::string(1, ch);
+    return out + "'";
+}
+
+// Runs argv (each word quoted) with stderr into stdout; `prefix` goes before it unquoted, for
+// variable assignments or a wrapper program.
+inline CommandOutput RunProgram(const std::vector<std::string>& argv,
+                                const std::string& prefix = "") {
+    std::string command = prefix;
+    for (const auto& arg : argv) command += " " + ShellQuoted(arg);
+    return RunCommand(command + " 2>&1");
 }
 
 }  // namespace TestSupport

@@ -8,7 +8,9 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "platform/Environment.h"
 
@@ -27,6 +29,19 @@ inline bool WriteFile(const std::filesystem::path& path, const std::string& cont
 inline std::string ReadFile(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// The whole file as bytes; empty when it cannot be read.
+inline std::vector<uint8_t> ReadBytes(const std::filesystem::path& path) {
+    const std::string text = ReadFile(path);
+    return std::vector<uint8_t>(text.begin(), text.end());
+}
+
+// `text` as UTF-16LE after a byte-order mark, as the registry editor saves its exports.
+inline std::string Utf16LeWithBom(std::u16string_view text) {
+    std::string bytes = "\xFF\xFE";
+    for (char16_t c : text) bytes += {static_cast<char>(c & 0xFF), static_cast<char>(c >> 8)};
+    return bytes;
 }
 
 // A fresh folder under $TMPDIR (or /tmp), removed with its content by the destructor.

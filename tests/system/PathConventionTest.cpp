@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "system/RegPathConvention.h"
 
 namespace {
 
 using Components = std::vector<std::wstring>;
+using Removed = std::pair<int, std::wstring>;  // (components removed, the path after)
 
 // A file-style convention with a prefix, to reach the prefix kinds 3 and 4.
 struct PrefixedConvention : FileSystem::SimplePathConventionImpl<PrefixedConvention> {
@@ -21,6 +24,22 @@ struct BareConvention : FileSystem::SimplePathConventionImpl<BareConvention> {
         : SimplePathConventionImpl(FileSystem::PathConventionSettings{L".", L"", L"", true}) {}
 };
 
+Removed RemoveLast(const FileSystem::IPathConvention& conv, std::wstring path, int count) {
+    const int removed = conv.RemoveLast(path, count);
+    return {removed, path};
+}
+
+std::pair<bool, Components> Split(const FileSystem::IPathConvention& conv,
+                                  const std::wstring& path) {
+    Components parts{L"stale"};
+    const bool ok = conv.Split(path, parts);
+    return {ok, parts};
+}
+
+std::pair<bool, std::wstring> Edited(bool ok, const std::wstring& path) {
+    return {ok, path};
+}
+
 }  // namespace
 
 TEST(RegPathConvention, AppendSplitCountAndRemove) {
@@ -29,63 +48,47 @@ TEST(RegPathConvention, AppendSplitCountAndRemove) {
     EXPECT_TRUE(conv.GetFlag());
     EXPECT_TRUE(conv.IsValid(L"anything at all"));
 
-    std::wstring path;
-    EXPECT_TRUE(conv.Append(path, L"Software"));
-    EXPECT_EQ(path, L"Software");
-    EXPECT_TRUE(conv.Append(path, L"X"));
-    EXPECT_EQ(path, L"Software\\X");
-    path = L"Software\\";
-    EXPECT_TRUE(conv.Append(path, L"Y"));
-    EXPECT_EQ(path, L"Software\\Y");
+    auto append = [&](std::wstring path, const wchar_t* name) {
+        const bool ok = conv.Append(path, name);
+        return Edited(ok, path);
+    };
+    EXPECT_EQ(append(L"", L"Software"), Edited(true, L"Software"));
+    EXPECT_EQ(append(L"Software", L"X"), Edited(true, L"Software\\X"));
+    EXPECT_EQ(append(L"Software\\", L"Y"), Edited(true, L"Software\\Y"));
 
-    Components parts;
-    EXPECT_TRUE(conv.Split(L"Software\\ResourceLib\\", parts));
-    EXPECT_EQ(parts, (Components{L"Software", L"ResourceLib"}));
-    EXPECT_TRUE(conv.Split(L"a\\\\b", parts));
-    EXPECT_EQ(parts, (Components{L"a", L"", L"b"}));
-    parts = {L"stale"};
-    EXPECT_FALSE(conv.Split(L"", parts));
-    EXPECT_TRUE(parts.empty());
+    EXPECT_EQ(Split(conv, L"Software\\ResourceLib\\"),
+              std::make_pair(true, Components{L"Software", L"ResourceLib"}));
+    EXPECT_EQ(Split(conv, L"a\\\\b"), std::make_pair(true, Components{L"a", L"", L"b"}));
+    EXPECT_EQ(Split(conv, L""), std::make_pair(false, Components{}));
 
-    EXPECT_EQ(conv.CountComponents(L""), -1);
-    EXPECT_EQ(conv.CountComponents(L"\\"), 1);
-    EXPECT_EQ(conv.CountComponents(L"\\Software"), 1);
-    EXPECT_EQ(conv.CountComponents(L"Software\\ResourceLib"), 2);
-    EXPECT_EQ(conv.CountComponents(L"Software\\ResourceLib\\"), 2);
+    const std::pair<const wchar_t*, int> counts[] = {{L"", -1},
+                                                     {L"\\", 1},
+                                                     {L"\\Software", 1},
+                                                     {L"Software\\ResourceLib", 2},
+                                                     {L"Software\\ResourceLib\\", 2}};
+    for (const auto& [path, count] : counts) EXPECT_EQ(conv.CountComponents(path), count) << path;
+    const std::pair<const wchar_t*, int> kinds[] = {
+        {L"", 0}, {L"\\", 2}, {L"Software", 1}, {L"Software\\", 1}};
+    for (const auto& [path, kind] : kinds) EXPECT_EQ(conv.Classify(path), kind) << path;
 
-    EXPECT_EQ(conv.Classify(L""), 0);
-    EXPECT_EQ(conv.Classify(L"\\"), 2);
-    EXPECT_EQ(conv.Classify(L"Software"), 1);
-    EXPECT_EQ(conv.Classify(L"Software\\"), 1);
-
-    path = L"Software";
-    EXPECT_EQ(conv.RemoveLast(path, 1), 0);
-    EXPECT_EQ(path, L"Software");
-    path = L"Software\\X\\Y";
-    EXPECT_EQ(conv.RemoveLast(path, 5), 2);
-    EXPECT_EQ(path, L"Software");
-    path = L"Software\\X\\Y\\";
-    EXPECT_EQ(conv.RemoveLast(path, 1), 1);
-    EXPECT_EQ(path, L"Software\\X");
-    path = L"\\Software";
-    EXPECT_EQ(conv.RemoveLast(path, 1), 1);
-    EXPECT_EQ(path, L"\\");
-    EXPECT_EQ(conv.RemoveLast(path, 1), 0);  // the root has nothing to remove
-    EXPECT_EQ(path, L"\\");
+    EXPECT_EQ(RemoveLast(conv, L"Software", 1), Removed(0, L"Software"));
+    EXPECT_EQ(RemoveLast(conv, L"Software\\X\\Y", 5), Removed(2, L"Software"));
+    EXPECT_EQ(RemoveLast(conv, L"Software\\X\\Y\\", 1), Removed(1, L"Software\\X"));
+    EXPECT_EQ(RemoveLast(conv, L"\\Software", 1), Removed(1, L"\\"));
+    EXPECT_EQ(RemoveLast(conv, L"\\", 1), Removed(0, L"\\")) << "the root has nothing to remove";
 
     EXPECT_EQ(conv.GetLast(L""), L"");
     EXPECT_EQ(conv.GetLast(L"Software\\X\\"), L"X");
     EXPECT_EQ(conv.GetLast(L"Software"), L"Software");
 
     // The registry convention alone leaves an empty path alone and says yes.
-    path.clear();
-    EXPECT_TRUE(conv.SetTrailingSeparator(path, 3));
-    EXPECT_EQ(path, L"");
-    path = L"A";
-    EXPECT_TRUE(conv.SetTrailingSeparator(path, 1));
-    EXPECT_EQ(path, L"A\\");
-    EXPECT_TRUE(conv.SetTrailingSeparator(path, 2));
-    EXPECT_EQ(path, L"A");
+    auto trailing = [&](std::wstring path, int mode) {
+        const bool ok = conv.SetTrailingSeparator(path, mode);
+        return Edited(ok, path);
+    };
+    EXPECT_EQ(trailing(L"", 3), Edited(true, L""));
+    EXPECT_EQ(trailing(L"A", 1), Edited(true, L"A\\"));
+    EXPECT_EQ(trailing(L"A\\", 2), Edited(true, L"A"));
 }
 
 TEST(PathConvention, GenericRulesWithPrefixAndWithoutRootMarker) {
@@ -98,37 +101,23 @@ TEST(PathConvention, GenericRulesWithPrefixAndWithoutRootMarker) {
     EXPECT_FALSE(conv.Append(path, L"name"));
     EXPECT_EQ(path, L"");
 
-    EXPECT_EQ(conv.Classify(L"dev:"), 0);
-    EXPECT_EQ(conv.Classify(L"dev:sda"), 4);
-    EXPECT_EQ(conv.Classify(L"dev:sda/dir/file"), 3);
-    EXPECT_EQ(conv.Classify(L"/"), 2);
-    EXPECT_EQ(conv.Classify(L"/usr/lib"), 1);
-
+    const std::pair<const wchar_t*, int> kinds[] = {
+        {L"dev:", 0}, {L"dev:sda", 4}, {L"dev:sda/dir/file", 3}, {L"/", 2}, {L"/usr/lib", 1}};
+    for (const auto& [p, kind] : kinds) EXPECT_EQ(conv.Classify(p), kind) << p;
     EXPECT_EQ(conv.CountComponents(L"dev:sda"), 1);
     EXPECT_EQ(conv.CountComponents(L"dev:sda/dir/file"), 3);
     EXPECT_EQ(conv.CountComponents(L"dev:"), -1);
-
-    Components parts;
-    EXPECT_TRUE(conv.Split(L"dev:sda/dir/", parts));
-    EXPECT_EQ(parts, (Components{L"sda", L"dir"}));
-    EXPECT_TRUE(conv.Split(L"/", parts));
-    EXPECT_EQ(parts, (Components{L""}));
-
+    EXPECT_EQ(Split(conv, L"dev:sda/dir/"), std::make_pair(true, Components{L"sda", L"dir"}));
+    EXPECT_EQ(Split(conv, L"/"), std::make_pair(true, Components{L""}));
     // Removal stops at the prefix.
-    path = L"dev:sda/dir/file";
-    EXPECT_EQ(conv.RemoveLast(path, 10), 2);
-    EXPECT_EQ(path, L"dev:sda");
-    EXPECT_EQ(conv.RemoveLast(path, 1), 0);
-    EXPECT_EQ(path, L"dev:sda");
+    EXPECT_EQ(RemoveLast(conv, L"dev:sda/dir/file", 10), Removed(2, L"dev:sda"));
+    EXPECT_EQ(RemoveLast(conv, L"dev:sda", 1), Removed(0, L"dev:sda"));
 
     const BareConvention bare;
     EXPECT_EQ(bare.Classify(L"com"), 2);
     EXPECT_EQ(bare.Classify(L"www.example.com"), 1);
     EXPECT_EQ(bare.CountComponents(L"www.example.com."), 3);
-    path = L"www.example.com";
-    EXPECT_EQ(bare.RemoveLast(path, 1), 1);
-    EXPECT_EQ(path, L"www.example");  // no root marker to fall back to
-    path = L"a.b";
-    EXPECT_EQ(bare.RemoveLast(path, 3), 1);
-    EXPECT_EQ(path, L"a");
+    // No root marker to fall back to.
+    EXPECT_EQ(RemoveLast(bare, L"www.example.com", 1), Removed(1, L"www.example"));
+    EXPECT_EQ(RemoveLast(bare, L"a.b", 3), Removed(1, L"a"));
 }

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -62,29 +61,16 @@ protected:
         return process;
     }
 
+    // The helper writes "arg <length> <text>" and "fd <n>" lines after the folder.
     Recorded Read() const {
         Recorded recorded;
         std::ifstream in(output);
         std::getline(in, recorded.folder);
-        std::string line;
-        while (std::getline(in, line)) {
-            std::istringstream fields(line);
-            std::string kind;
-            fields >> kind;
-            if (kind == "arg") {
-                std::size_t length = 0;
-                fields >> length;
-                fields.get();
-                std::string text(length, '\0');
-                fields.read(text.data(), static_cast<std::streamsize>(length));
-                // An argument with a line feed continues on the next lines.
-                while (text.size() < length && std::getline(in, line)) text += "\n" + line;
-                recorded.arguments.push_back(text);
-            } else if (kind == "fd") {
-                int fd = 0;
-                fields >> fd;
-                recorded.descriptors.push_back(fd);
-            }
+        for (std::string line; std::getline(in, line);) {
+            if (line.rfind("arg ", 0) == 0)
+                recorded.arguments.push_back(line.substr(line.find(' ', 4) + 1));
+            else if (line.rfind("fd ", 0) == 0)
+                recorded.descriptors.push_back(std::stoi(line.substr(3)));
         }
         return recorded;
     }

@@ -14,26 +14,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using PsRun = TestSupport::CommandOutput;
-
-PsRun Ps(const std::string& arguments) {
-    return TestSupport::RunCommand(std::string("'") + LUMETTA_DIAG + "' ps " + arguments + " 2>&1");
-}
-
 TEST(PsCommand, ListsTheProcessesOfAnExecutableName) {
     // A running copy of /bin/sleep under a name of our own.
     const TestSupport::TempFolder temp("lumetta-ps");
-    const fs::path& folder = temp.Path();
-    ASSERT_FALSE(folder.empty());
+    ASSERT_FALSE(temp.Path().empty());
     const std::string name = "LumettaPs" + std::to_string(::getpid()) + ".exe";
-    fs::copy_file("/bin/sleep", folder / name, fs::copy_options::overwrite_existing);
+    fs::copy_file("/bin/sleep", temp / name, fs::copy_options::overwrite_existing);
     System::ProcessInfo process =
-        System::StartProcess(STLHelpers::Utf8ToWide((folder / name).string()), L"600");
+        System::StartProcess(STLHelpers::Utf8ToWide((temp / name).string()), L"600");
     ASSERT_TRUE(process.HasHandle());
 
     std::string upper = name;
     for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    const PsRun run = Ps(upper);
+    const TestSupport::CommandOutput run = TestSupport::RunProgram({LUMETTA_DIAG, "ps", upper});
     EXPECT_EQ(run.exitCode, 0) << run.out;
     char expected[256];
     std::snprintf(expected, sizeof expected, "%-8u %-8u %-7u %s\n", process.GetId(),
@@ -42,10 +35,10 @@ TEST(PsCommand, ListsTheProcessesOfAnExecutableName) {
 
     EXPECT_TRUE(process.Terminate(0));
     EXPECT_TRUE(process.Wait(60000));
-    const PsRun none = Ps(name);
+    const TestSupport::CommandOutput none = TestSupport::RunProgram({LUMETTA_DIAG, "ps", name});
     EXPECT_EQ(none.exitCode, 1);
     EXPECT_EQ(none.out, "no process named " + name + "\n");
-    EXPECT_NE(Ps("").exitCode, 0) << "NAME is required";
+    EXPECT_NE(TestSupport::RunProgram({LUMETTA_DIAG, "ps"}).exitCode, 0) << "NAME is required";
 }
 
 }  // namespace

@@ -1,64 +1,52 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <string>
 
 #include "support/CommandOutput.h"
+#include "support/TestFiles.h"
 
 namespace {
 
-using DiagRun = TestSupport::CommandOutput;
-
-DiagRun Diag(const std::string& arguments) {
-    return TestSupport::RunCommand(std::string("'") + LUMETTA_DIAG + "' res " + arguments +
-                                   " 2>&1");
+TestSupport::CommandOutput Res(const std::string& file, const std::string& string = "") {
+    return string.empty()
+               ? TestSupport::RunProgram({LUMETTA_DIAG, "res", file})
+               : TestSupport::RunProgram({LUMETTA_DIAG, "res", file, "--string", string});
 }
 
 // The tool carries the updater's own resources, so it can read itself.
 TEST(ResCommand, ListsResourcesAndVersionAndPrintsOneString) {
-    const std::string self = std::string("'") + LUMETTA_DIAG + "'";
-    DiagRun run = Diag(self + " --string 131");
+    TestSupport::CommandOutput run = Res(LUMETTA_DIAG, "131");
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.out, "LumettaPlayer.exe\n");
 
-    run = Diag(self);
+    run = Res(LUMETTA_DIAG);
     EXPECT_EQ(run.exitCode, 0) << run.out;
-    EXPECT_NE(run.out.find("ELF file, 6 resources"), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find("RT_DIALOG              102"), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find("RT_GROUP_ICON          128"), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find("RT_STRING              9                        0x0000"),
-              std::string::npos)
-        << run.out;
-    EXPECT_NE(run.out.find("translation 0x04B00409"), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find("040904B0 FileVersion = "), std::string::npos) << run.out;
+    for (const char* expected :
+         {"ELF file, 6 resources", "RT_DIALOG              102", "RT_GROUP_ICON          128",
+          "RT_STRING              9                        0x0000", "translation 0x04B00409",
+          "040904B0 FileVersion = "})
+        EXPECT_NE(run.out.find(expected), std::string::npos) << expected << "\n" << run.out;
 
-    run = Diag(self + " --string 133");
+    run = Res(LUMETTA_DIAG, "133");
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out, "lumetta-diag: no string 133 in the string tables\n");
-    run = Diag(self + " --string twelve");
-    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(Res(LUMETTA_DIAG, "twelve").exitCode, 2);
 }
 
 TEST(ResCommand, FilesWithoutResourcesAreExplained) {
-    DiagRun run = Diag("/nonexistent/file.dll");
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.out.find("(error 2)"), std::string::npos) << run.out;
-    run = Diag("/bin/sh");
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.out.find("did not contain a resource section. (error 1812)"), std::string::npos)
-        << run.out;
-    char path[] = "/tmp/lumetta-res-text-XXXXXX";
-    const int fd = ::mkstemp(path);
-    ASSERT_GE(fd, 0);
-    ASSERT_EQ(::write(fd, "plain text\n", 11), 11);
-    ::close(fd);
-    run = Diag(path);
-    ::unlink(path);
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.out.find(std::string(path) + " is not a valid Win32 application. (error 193)"),
-              std::string::npos)
-        << run.out;
+    const TestSupport::TempFolder temp{"lumetta-res-text"};
+    const std::string text = (temp / "notes.txt").string();
+    ASSERT_TRUE(TestSupport::WriteFile(text, "plain text\n"));
+    const std::pair<std::string, std::string> cases[] = {
+        {"/nonexistent/file.dll", "(error 2)"},
+        {"/bin/sh", "did not contain a resource section. (error 1812)"},
+        {text, text + " is not a valid Win32 application. (error 193)"},
+    };
+    for (const auto& [file, message] : cases) {
+        const TestSupport::CommandOutput run = Res(file);
+        EXPECT_EQ(run.exitCode, 1) << file;
+        EXPECT_NE(run.out.find(message), std::string::npos) << run.out;
+    }
 }
 
 }  // namespace

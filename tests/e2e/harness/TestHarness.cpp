@@ -15,16 +15,32 @@
 #include <sstream>
 #include <thread>
 
-#include "foundation/TextConversion.h"
 #include "platform/Environment.h"
 
 extern char** environ;
 
 namespace TestHarness {
+namespace {
 
-std::wstring TempFolder::WidePath() const {
-    return STLHelpers::Utf8ToWide(path + "/");
+// True inside the namespace made by netns-run.
+bool InPrivateNetwork() {
+    return Platform::GetEnvironment("LUMETTA_IN_NETNS") == "1";
 }
+
+// Whether something accepts TCP connections at host:port.
+bool Accepts(const std::string& host, int port) {
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) return false;
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    ::inet_pton(AF_INET, host.c_str(), &address.sin_addr);
+    const bool ok = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
+    ::close(fd);
+    return ok;
+}
+
+}  // namespace
 
 ChildProcess::~ChildProcess() {
     Stop();
@@ -144,22 +160,6 @@ HttpServers::~HttpServers() {
     faults.Stop();
 }
 
-bool InPrivateNetwork() {
-    return Platform::GetEnvironment("LUMETTA_IN_NETNS") == "1";
-}
-
-bool Accepts(const std::string& host, int port) {
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd < 0) return false;
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    ::inet_pton(AF_INET, host.c_str(), &address.sin_addr);
-    const bool ok = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
-    ::close(fd);
-    return ok;
-}
-
 std::string Pattern(size_t size, int seed) {
     std::string out(size, '\0');
     for (size_t i = 0; i < size; ++i) out[i] = static_cast<char>((i * 7 + seed) % 251);
@@ -169,6 +169,21 @@ std::string Pattern(size_t size, int seed) {
 bool Exists(const std::string& path) {
     struct stat info {};
     return ::lstat(path.c_str(), &info) == 0;
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+bool WaitForText(const std::string& file, const std::string& text) {
+    for (int i = 0; i < 3000; ++i) {
+        if (ReadFile(file).find(text) != std::string::npos) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
 }
 
 }  // namespace TestHarness

@@ -22,8 +22,6 @@ using TestSupport::WriteFile;
 class TempFolder {
 public:
     const std::string& Path() const { return path; }
-    // The folder with a trailing "/", as the temporary-folder helpers give it.
-    std::wstring WidePath() const;
     std::string File(const std::string& name) const { return path + "/" + name; }
 
 private:
@@ -74,15 +72,15 @@ private:
     std::string problem;
 };
 
-// True inside the namespace made by netns-run.
-bool InPrivateNetwork();
-
-// Whether something accepts TCP connections at host:port.
-bool Accepts(const std::string& host, int port);
-
 // Deterministic content: byte i is (i * 7 + seed) % 251, as the fault server makes it.
 std::string Pattern(size_t size, int seed = 0);
 
-bool Exists(const std::string& path);
+bool Exists(const std::string& path);  // also a dangling link
+
+// The lines of `text`, without their line feeds.
+std::vector<std::string> Lines(const std::string& text);
+
+// Waits (up to 30 s) until `file` contains `text`.
+bool WaitForText(const std::string& file, const std::string& text);
 
 }  // namespace TestHarness
