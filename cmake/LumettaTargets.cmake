@@ -28,10 +28,14 @@ endfunction()
 # One GoogleTest program per test folder: every *.cpp under it, plus EXTRA_SOURCES. Tests
 # are listed to CTest when they run (PRE_TEST), so building does not run the programs.
 # EMULATOR runs the program (for listing and for each test) through a wrapper, such as
-# the one that enters a private network namespace.
+# the one that enters a private network namespace. EXCLUDE_DIRS: subfolders with test
+# programs of their own.
 function(lumetta_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT;EMULATOR" "DEPS;LABELS;EXTRA_SOURCES" ${ARGN})
+  cmake_parse_arguments(ARG "" "TIMEOUT;EMULATOR" "DEPS;LABELS;EXTRA_SOURCES;EXCLUDE_DIRS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  foreach(dir IN LISTS ARG_EXCLUDE_DIRS)
+    list(FILTER sources EXCLUDE REGEX "^${CMAKE_CURRENT_SOURCE_DIR}/${dir}/")
+  endforeach()
   if(NOT sources)
     return()
   endif()

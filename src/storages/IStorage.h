@@ -37,7 +37,8 @@ struct IStorage : InterfaceCore::IInterfaceCore<IStorage> {
         (void)id, (void)error;
         InterfaceCore::ThrowPureVirtualCall();
     }
-    virtual BitmapHandle GetBitmap(ResourceName name, bool premultiplyAlpha, Error* error = nullptr) {
+    virtual BitmapHandle GetBitmap(ResourceName name, bool premultiplyAlpha,
+                                   Error* error = nullptr) {
         (void)name, (void)premultiplyAlpha, (void)error;
         InterfaceCore::ThrowPureVirtualCall();
     }

@@ -8,6 +8,9 @@
 // loaders are always called with a non-null `error` set to success; they report a
 // failure by storing a code there (ReportError) and return the empty result.
 //
+// Ids: the tables by id grow to the largest id asked for, so ids above kMaxCachedId are
+// refused with InvalidResourceID rather than growing a table without bound.
+//
 // Thread safety: used by one manager, which serialises the calls.
 #pragma once
 
@@ -25,12 +28,15 @@ class StorageBase : public IStorage,
                     public InterfaceCore::HeirClassBase<IStorage>,
                     public InterfaceCore::EnumeratableClassBase<StorageBase> {
 public:
+    static constexpr int32_t kMaxCachedId = 0xFFFFF;
+
     StorageBase();
 
     bool SetManager(boost::weak_ptr<IManager> manager, Error* error = nullptr) override;
     std::wstring GetString(ResourceName name, Error* error = nullptr) override;
     std::wstring GetString(int32_t id, Error* error = nullptr) override;
-    BitmapHandle GetBitmap(ResourceName name, bool premultiplyAlpha, Error* error = nullptr) override;
+    BitmapHandle GetBitmap(ResourceName name, bool premultiplyAlpha,
+                           Error* error = nullptr) override;
     BitmapHandle GetBitmap(int32_t id, bool premultiplyAlpha, Error* error = nullptr) override;
     IconHandle GetIcon(ResourceName name, int32_t width, int32_t height,
                        Error* error = nullptr) override;
@@ -57,7 +63,8 @@ protected:
     virtual std::wstring LoadStringById(int32_t id, Error* error);
     virtual BitmapHandle LoadBitmapByName(ResourceName name, bool premultiplyAlpha, Error* error);
     virtual BitmapHandle LoadBitmapById(int32_t id, bool premultiplyAlpha, Error* error);
-    virtual IconHandle LoadIconByName(ResourceName name, int32_t width, int32_t height, Error* error);
+    virtual IconHandle LoadIconByName(ResourceName name, int32_t width, int32_t height,
+                                      Error* error);
     virtual IconHandle LoadIconById(int32_t id, int32_t width, int32_t height, Error* error);
     virtual void LoadBinaryByName(ResourceName name, std::vector<uint8_t>& data, Error* error);
     virtual void LoadBinaryById(int32_t id, std::vector<uint8_t>& data, Error* error);
@@ -80,10 +87,57 @@ protected:
     std::wstring ResolveResourceName(int32_t id, uint32_t type, Error* error) const;
 
 private:
-    // The caches, the language and skin they were filled for, the manager and the
-    // storage's own placeholders ("nl", "tab") live here.
+    // A cached value of a type that has one variant per resource.
+    template <class T>
+    struct Entry {
+        T value{};
+        bool loaded = false;
+    };
+    // Bitmaps are kept once per premultiplyAlpha variant, icons once per size.
+    struct BitmapVariant {
+        BitmapHandle handle;
+        bool premultiplyAlpha = false;
+    };
+    struct IconVariant {
+        IconHandle handle;
+        int32_t width = 0;
+        int32_t height = 0;
+    };
+    using BitmapList = std::vector<BitmapVariant>;
+    using IconList = std::vector<IconVariant>;
+    template <class E>
+    using ByName = std::map<std::wstring, E>;
+
+    // Lock the manager, and when its language or skin differs from the one the caches were
+    // filled for, empty the caches and Reload. InvalidStorageState without a manager.
+    bool CheckContext(Error* error);
+    void ClearCaches();
+    std::wstring ExpandPlaceholders(std::wstring text, const std::wstring& selfName) const;
+    // The value a placeholder `name` stands for, or "" when none. `managerGone` is set when
+    // the manager's own string lookup could not be asked.
+    std::wstring PlaceholderValue(const std::wstring& name, bool& managerGone) const;
+
+    std::vector<Entry<std::wstring>> stringsById;
+    std::vector<BitmapList> bitmapsById;
+    std::vector<IconList> iconsById;
+    std::vector<Entry<std::vector<uint8_t>>> binariesById;
+    std::vector<Entry<COLORREF>> colorsById;
+    std::vector<Entry<FontHandle>> fontsById;
+    std::vector<Entry<int32_t>> integersById;
+    ByName<Entry<std::wstring>> stringsByName;
+    ByName<BitmapList> bitmapsByName;
+    ByName<IconList> iconsByName;
+    ByName<Entry<FontHandle>> fontsByName;
+    ByName<Entry<COLORREF>> colorsByName;
+    ByName<Entry<int32_t>> integersByName;
+
     LanguagePtr language;
     SkinPtr skin;
+    // False until the first context check after construction: that one always reloads,
+    // even when the manager has neither a language nor a skin (both null compare equal).
+    bool contextSeen = false;
+    boost::weak_ptr<IInternalManager> manager;
+    std::vector<std::pair<std::wstring, std::wstring>> placeholders;
 };
 
 }  // namespace ResourceLib
