@@ -1,0 +1,207 @@
+#include "ui/UpdaterDialog.h"
+
+#include <climits>
+#include <stdexcept>
+#include <utility>
+
+#include <QCloseEvent>
+#include <QMessageBox>
+#include <QMetaObject>
+#include <QPixmap>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QShowEvent>
+#include <QString>
+#include <QTimer>
+
+#include "engine/UpdateEngine.h"
+#include "resources/UpdaterResources.h"
+#include "ui/Label.h"
+#include "ui/internal/DialogLayout.h"
+
+using namespace AppResources;
+
+namespace {
+
+// The label's look, whatever the dialog font is.
+constexpr const wchar_t* kLabelFace = L"Arial";
+constexpr uint8_t kLabelCharSet = 0;
+constexpr int kLabelPointSize = 11;
+// Time the finished dialog stays on screen before the demo presses "Launch" by itself.
+constexpr int kDemoLaunchDelayMs = 1000;
+
+StringID LabelTextFor(Engine::UpdateState state) {
+    switch (state) {
+        case Engine::Preparing:
+            return StringID_PreparingForDownload;
+        case Engine::Connecting:
+            return StringID_ConnectingToDownloadServer;
+        case Engine::Downloading:
+            return StringID_DownloadingComponents;
+        case Engine::Installing:
+            return StringID_InstallingComponents;
+        default:
+            return StringID_InstallationComplete;
+    }
+}
+
+}  // namespace
+
+CUpdaterDlg::CUpdaterDlg(UI::UpdaterDialogContext dialogContext, QWidget* parent)
+    : QDialog(parent), context(std::move(dialogContext)) {
+    if (context.engine == nullptr)
+        throw std::invalid_argument("the progress dialog needs an update engine");
+    if (!context.text) throw std::invalid_argument("the progress dialog needs its texts");
+
+    const Platform::DialogTemplate dialogTemplate =
+        UI::internal::LoadDialogTemplate(IDD_UPDATER_DIALOG);
+    setWindowTitle(QString::fromStdWString(dialogTemplate.title));
+    const auto controls = UI::internal::BuildControls(
+        dialogTemplate, this, [this](const Platform::DialogItem& item) -> QWidget* {
+            if (item.id != IDC_UPDATE_STATUS) return nullptr;
+            label = new CLabel(this);
+            label->PreSubclassWindow(item.style);
+            label->SetText(item.title.text);
+            return label;
+        });
+    const auto control = [&controls](uint32_t id) -> QWidget* {
+        const auto found = controls.find(id);
+        return found == controls.end() ? nullptr : found->second;
+    };
+    progress = qobject_cast<QProgressBar*>(control(IDC_UPDATE_PROGRESS));
+    launchButton = qobject_cast<QPushButton*>(control(1));  // IDOK
+    cancelButton = qobject_cast<QPushButton*>(control(2));  // IDCANCEL
+    if (!label || !progress || !launchButton || !cancelButton)
+        throw std::runtime_error("dialog template 102 lacks the label, the bar or a button");
+
+    setWindowIcon(UI::internal::LoadModuleIcon(IDR_MAINFRAME));
+    connect(launchButton, &QPushButton::clicked, this, &QDialog::accept);
+    connect(cancelButton, &QPushButton::clicked, this, &CUpdaterDlg::reject);
+
+    context.engine->AddListener(this);
+}
+
+CUpdaterDlg::~CUpdaterDlg() {
+    context.engine->RemoveListener(this);
+}
+
+void CUpdaterDlg::OnStateChanged() {
+    QMetaObject::invokeMethod(
+        this, [this] { OnUpdateState(); }, Qt::QueuedConnection);
+}
+
+void CUpdaterDlg::OnProgress() {
+    QMetaObject::invokeMethod(
+        this, [this] { OnUpdateProgress(); }, Qt::QueuedConnection);
+}
+
+void CUpdaterDlg::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    if (!initialized) {
+        initialized = true;
+        OnInitDialog();
+    }
+}
+
+void CUpdaterDlg::OnInitDialog() {
+    setWindowTitle(QString::fromStdWString(ExpandedText(StringID_ProductInstallation)));
+    launchButton->setText(QString::fromStdWString(ExpandedText(StringID_LaunchProduct)));
+    cancelButton->setText(QString::fromStdWString(ExpandedText(StringID_CancelInstallation)));
+    label->SetFontName(kLabelFace, kLabelCharSet).SetFontSize(kLabelPointSize);
+    if (context.startEngine) context.engine->Start();
+    label->SetText(ExpandedText(StringID_PreparingForDownload));
+}
+
+void CUpdaterDlg::OnUpdateState() {
+    Engine::UpdateEngine& engine = *context.engine;
+    if (engine.IsFailed() && !m_cancelled) {
+        ReportFailure();
+        return;
+    }
+    const Engine::UpdateState state = engine.GetState();
+    const bool finished = state >= Engine::Finished;  // any unknown stage counts as the end
+    if (finished) {
+        progress->hide();
+        if (!context.runWithProduct) launchButton->show();
+        cancelButton->setText(QString::fromStdWString(Text(StringID_Close)));
+    }
+    label->SetText(Text(LabelTextFor(state)));
+    if (finished && !m_cancelled) RunDemoAids();
+}
+
+void CUpdaterDlg::OnUpdateProgress() {
+    uint32_t total = context.engine->GetTotalSize();
+    uint32_t done = context.engine->GetDownloadedSize();
+    if (total == 0) {
+        // A size the server did not tell leaves the bar empty; a range of 0 to 0 would make
+        // Qt animate it as busy.
+        progress->setRange(0, 1);
+        progress->setValue(0);
+        return;
+    }
+    // The bar counts in int: halve both counts until the size fits.
+    while (total > static_cast<uint32_t>(INT_MAX)) {
+        total >>= 1;
+        done >>= 1;
+    }
+    progress->setRange(0, static_cast<int>(total));
+    progress->setValue(static_cast<int>(std::min(done, total)));
+}
+
+void CUpdaterDlg::ReportFailure() {
+    if (!m_errorShown) {
+        m_errorShown = true;
+        const std::wstring text = ExpandedText(StringID_InstallationFailed);
+        const std::wstring caption = Text(StringID_Error);
+        if (context.showFailure) {
+            context.showFailure(text, caption);
+        } else {
+            QMessageBox box(QMessageBox::Warning, QString::fromStdWString(caption),
+                            QString::fromStdWString(text), QMessageBox::Ok, this);
+            box.exec();
+        }
+    }
+    // The worker has ended by itself; only the window goes.
+    QDialog::reject();
+}
+
+void CUpdaterDlg::reject() {
+    m_cancelled = true;
+    context.engine->Cancel();
+    QDialog::reject();
+}
+
+void CUpdaterDlg::closeEvent(QCloseEvent* event) {
+    if (context.engine->GetState() != Engine::Finished) {
+        // Closing the window must not stop a download or an installation under way.
+        event->ignore();
+        showMinimized();
+        return;
+    }
+    QDialog::closeEvent(event);
+}
+
+void CUpdaterDlg::RunDemoAids() {
+    if (demoAidsDone || (context.screenshotPath.empty() && !context.autoLaunch)) return;
+    demoAidsDone = true;
+    // After the texts of this state have been laid out and painted.
+    QTimer::singleShot(0, this, [this] {
+        if (!context.screenshotPath.empty())
+            grab().save(QString::fromStdWString(context.screenshotPath), "PNG");
+    });
+    if (context.autoLaunch && !context.runWithProduct)
+        QTimer::singleShot(kDemoLaunchDelayMs, this, [this] { launchButton->click(); });
+}
+
+std::wstring CUpdaterDlg::StatusText() const {
+    return label->GetText();
+}
+
+std::wstring CUpdaterDlg::Text(StringID id) const {
+    return context.text(id);
+}
+
+std::wstring CUpdaterDlg::ExpandedText(StringID id) const {
+    std::wstring text = context.text(id);
+    return context.expand ? context.expand(text) : text;
+}

@@ -1,0 +1,77 @@
+// CUpdaterDlg: the progress dialog, the only window of the updater. Built from dialog
+// template 102 of the executable's resources, it starts the update when it is first shown,
+// shows the stage in its status label and the download in its bar, offers "Cancel
+// Installation" while the update runs and, once it has finished, "Launch" and "Close".
+//
+// The worker learns nothing of the window: its events (OnStateChanged, OnProgress) arrive
+// on the worker thread and only queue a call to the dialog's thread, whose handlers read
+// the engine's current values. Several queued calls may therefore show the same state.
+//
+// Ends with QDialog::Accepted only through the launch button; with QDialog::Rejected
+// through the cancel button, Esc, the close box once finished, or a failure.
+//
+// Thread safety: the user-interface thread for everything except OnStateChanged and
+// OnProgress, which any thread may call.
+#pragma once
+
+#include <QDialog>
+
+#include "engine/IUpdateEvents.h"
+#include "ui/UpdaterDialogHost.h"
+
+class QCloseEvent;
+class QProgressBar;
+class QPushButton;
+class QShowEvent;
+
+class CLabel;
+
+class CUpdaterDlg : public QDialog, public Engine::IUpdateEvents {
+public:
+    // Builds the window and registers with the engine. Throws std::invalid_argument when
+    // the context lacks the engine or the texts, std::runtime_error when the template
+    // cannot be read.
+    explicit CUpdaterDlg(UI::UpdaterDialogContext context, QWidget* parent = nullptr);
+    // Leaves the engine's observers first, so that no event reaches a half-destroyed dialog.
+    ~CUpdaterDlg() override;
+
+    // Worker events: queue the handlers below and return at once.
+    void OnStateChanged() override;
+    void OnProgress() override;
+
+    // Esc, the cancel button and the close box once finished: cancels the update (blocking
+    // until the worker has ended) and ends the dialog.
+    void reject() override;
+
+    // The handlers of the queued events. Public for tests that drive the dialog directly.
+    void OnUpdateState();
+    void OnUpdateProgress();
+
+    // The controls, for tests.
+    CLabel* StatusLabel() const { return label; }
+    std::wstring StatusText() const;
+    QProgressBar* ProgressBar() const { return progress; }
+    QPushButton* LaunchButton() const { return launchButton; }
+    QPushButton* CancelButton() const { return cancelButton; }
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void OnInitDialog();
+    std::wstring Text(AppResources::StringID id) const;
+    std::wstring ExpandedText(AppResources::StringID id) const;
+    void ReportFailure();
+    void RunDemoAids();
+
+    UI::UpdaterDialogContext context;
+    CLabel* label = nullptr;  // the controls are Qt children of the dialog
+    QProgressBar* progress = nullptr;
+    QPushButton* launchButton = nullptr;
+    QPushButton* cancelButton = nullptr;
+    bool initialized = false;
+    bool m_cancelled = false;
+    bool m_errorShown = false;
+    bool demoAidsDone = false;
+};

@@ -1,0 +1,44 @@
+// The Qt side of UpdaterDialogHost.h.
+#include <QApplication>
+#include <QMessageBox>
+#include <QString>
+
+#include <vector>
+
+#include "system/FileHelpers.h"
+#include "ui/UpdaterDialog.h"
+#include "ui/UpdaterDialogHost.h"
+
+namespace UI {
+
+struct GuiSession::Impl {
+    Impl(int& argc, char** argv) : application(argc, argv) {}
+    QApplication application;
+};
+
+GuiSession::GuiSession(int& argc, char** argv) : impl(std::make_unique<Impl>(argc, argv)) {}
+
+GuiSession::~GuiSession() = default;
+
+bool LoadSkin(const std::wstring& path) {
+    std::vector<uint8_t> bytes;
+    if (!System::ReadWholeFile(path, bytes) || bytes.empty()) return false;
+    const QString styleSheet = QString::fromUtf8(reinterpret_cast<const char*>(bytes.data()),
+                                                 static_cast<qsizetype>(bytes.size()));
+    if (styleSheet.trimmed().isEmpty()) return false;
+    qApp->setStyleSheet(styleSheet);
+    return true;
+}
+
+void ShowWarningBox(const std::wstring& text, const std::wstring& caption) {
+    QMessageBox box(QMessageBox::Warning, QString::fromStdWString(caption),
+                    QString::fromStdWString(text), QMessageBox::Ok);
+    box.exec();
+}
+
+bool RunUpdaterDialog(const UpdaterDialogContext& context) {
+    CUpdaterDlg dialog(context);
+    return dialog.exec() == QDialog::Accepted;
+}
+
+}  // namespace UI

@@ -1,0 +1,209 @@
+// The progress dialog, offscreen, against a real engine whose worker the tests play
+// themselves (states and byte counts set directly), and once against a real failing update.
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <QApplication>
+#include <QProgressBar>
+#include <QPushButton>
+
+#include <gtest/gtest.h>
+
+#include "engine/UpdateEngine.h"
+#include "platform/Environment.h"
+#include "support/TestFiles.h"
+#include "ui/Label.h"
+#include "ui/UpdaterDialog.h"
+
+using namespace AppResources;
+
+namespace {
+
+bool WaitFor(const std::function<bool()>& condition, int timeoutMs = 20000) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+class UpdaterDialogTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        if (qApp != nullptr) return;
+        if (!Platform::GetEnvironment("QT_QPA_PLATFORM"))
+            Platform::SetEnvironment("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "ui_tests";
+        static char* argv[] = {name, nullptr};
+        new QApplication(argc, argv);  // lives as long as the test program
+    }
+
+    void SetUp() override { ASSERT_FALSE(folder.Path().empty()); }
+
+    // Nothing listens on port 80 of 127.0.0.1 outside the tests' network namespaces, so a
+    // started worker fails at once; the other tests never start it.
+    Engine::UpdateEngine& MakeEngine() {
+        Engine::ProductSettings settings;
+        settings.downloadURL = L"127.0.0.1/LumettaTestSetup.exe";
+        settings.productExecutable = L"lumetta-test-no-product";
+        settings.exitEventName = L"lumetta-test-no-product_ExitEvent";
+        const std::string file = "Update" + std::to_string(++engines) + ".exe";
+        engine = std::make_unique<Engine::UpdateEngine>(settings, (folder / file).wstring());
+        return *engine;
+    }
+
+    // Texts "T<id>"; expansion shows as "<...>", so a test sees which texts were expanded.
+    UI::UpdaterDialogContext Context(bool startEngine = false) {
+        UI::UpdaterDialogContext context;
+        context.engine = engine.get();
+        context.startEngine = startEngine;
+        context.text = [](StringID id) { return L"T" + std::to_wstring(id); };
+        context.expand = [](const std::wstring& text) { return L"<" + text + L">"; };
+        context.showFailure = [this](const std::wstring& text, const std::wstring& caption) {
+            failures.emplace_back(text, caption);
+        };
+        return context;
+    }
+
+    void SetState(Engine::UpdateState state) { engine->GetWorker().SetState(state); }
+
+    TestSupport::TempFolder folder{"lumetta-dialog"};
+    std::unique_ptr<Engine::UpdateEngine> engine;
+    int engines = 0;
+    std::vector<std::pair<std::wstring, std::wstring>> failures;
+};
+
+TEST_F(UpdaterDialogTest, FollowsTheStagesAndLaunchesOnceFinished) {
+    MakeEngine();
+    UI::UpdaterDialogContext context = Context();
+    context.screenshotPath = (folder / "dialog.png").wstring();
+    context.autoLaunch = true;
+    CUpdaterDlg dialog(context);
+    dialog.open();
+    ASSERT_TRUE(WaitFor([&] { return dialog.isVisible(); }));
+
+    EXPECT_EQ(dialog.windowTitle().toStdWString(), L"<T7>");
+    EXPECT_EQ(dialog.LaunchButton()->text().toStdWString(), L"<T8>");
+    EXPECT_EQ(dialog.CancelButton()->text().toStdWString(), L"<T9>");
+    EXPECT_EQ(dialog.StatusText(), L"<T0>");
+    EXPECT_TRUE(dialog.LaunchButton()->isHidden());
+    EXPECT_TRUE(dialog.ProgressBar()->isVisible());
+    // The template's layout in pixels: the bar lies between the label and the buttons.
+    EXPECT_GT(dialog.ProgressBar()->y(), dialog.StatusLabel()->y());
+    EXPECT_GT(dialog.CancelButton()->y(), dialog.ProgressBar()->geometry().bottom());
+
+    SetState(Engine::Connecting);
+    EXPECT_TRUE(WaitFor([&] { return dialog.StatusText() == L"T1"; }));
+
+    // Unknown size: an empty bar.
+    engine->GetWorker().OnStart(0);
+    EXPECT_TRUE(WaitFor([&] { return dialog.StatusText() == L"T2"; }));
+    engine->GetWorker().OnWritten(500);
+    dialog.OnUpdateProgress();
+    EXPECT_EQ(dialog.ProgressBar()->value(), 0);
+    EXPECT_EQ(dialog.ProgressBar()->minimum(), 0);
+
+    engine->GetWorker().OnStart(2000);
+    engine->GetWorker().OnWritten(1500);
+    EXPECT_TRUE(WaitFor([&] { return dialog.ProgressBar()->value() == 1500; }));
+    EXPECT_EQ(dialog.ProgressBar()->maximum(), 2000);
+
+    SetState(Engine::Installing);
+    EXPECT_TRUE(WaitFor([&] { return dialog.StatusText() == L"T3"; }));
+    EXPECT_TRUE(dialog.LaunchButton()->isHidden());
+
+    SetState(Engine::Finished);
+    EXPECT_TRUE(WaitFor([&] { return dialog.StatusText() == L"T4"; }));
+    EXPECT_TRUE(dialog.ProgressBar()->isHidden());
+    EXPECT_FALSE(dialog.LaunchButton()->isHidden());
+    EXPECT_EQ(dialog.CancelButton()->text().toStdWString(), L"T11");
+
+    // The demo aids: a picture, then "Launch" pressed by itself.
+    EXPECT_TRUE(WaitFor([&] { return !dialog.isVisible(); }, 5000));
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    EXPECT_TRUE(failures.empty());
+    const std::string png = TestSupport::ReadFile(folder / "dialog.png");
+    EXPECT_EQ(png.substr(0, 4), "\x89PNG");
+}
+
+TEST_F(UpdaterDialogTest, WithTheProductRunningOffersOnlyClose) {
+    MakeEngine();
+    UI::UpdaterDialogContext context = Context();
+    context.runWithProduct = true;
+    CUpdaterDlg dialog(context);
+    dialog.open();
+    ASSERT_TRUE(WaitFor([&] { return dialog.isVisible(); }));
+
+    // The close box minimises while the update runs.
+    SetState(Engine::Downloading);
+    dialog.close();
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_TRUE(dialog.isMinimized());
+
+    SetState(Engine::Finished);
+    EXPECT_TRUE(WaitFor([&] { return dialog.StatusText() == L"T4"; }));
+    EXPECT_TRUE(dialog.LaunchButton()->isHidden());
+    EXPECT_EQ(dialog.CancelButton()->text().toStdWString(), L"T11");
+
+    dialog.close();
+    EXPECT_TRUE(WaitFor([&] { return !dialog.isVisible(); }));
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    EXPECT_TRUE(failures.empty());
+}
+
+TEST_F(UpdaterDialogTest, FailureShowsOneBoxAndCancelNone) {
+    MakeEngine();
+    {
+        CUpdaterDlg dialog(Context());
+        dialog.open();
+        ASSERT_TRUE(WaitFor([&] { return dialog.isVisible(); }));
+        engine->GetWorker().OnFinish(false);
+        SetState(Engine::Finished);
+        EXPECT_TRUE(WaitFor([&] { return !dialog.isVisible(); }));
+        EXPECT_EQ(dialog.result(), QDialog::Rejected);
+        dialog.OnStateChanged();
+        dialog.OnUpdateState();
+        QApplication::processEvents();
+        ASSERT_EQ(failures.size(), 1u);
+        EXPECT_EQ(failures[0].first, L"<T5>");  // text expanded, caption not
+        EXPECT_EQ(failures[0].second, L"T10");
+        EXPECT_FALSE(engine->GetWorker().IsCancelled());  // the engine was not asked
+    }
+
+    failures.clear();
+    MakeEngine();
+    CUpdaterDlg dialog(Context());
+    dialog.open();
+    ASSERT_TRUE(WaitFor([&] { return dialog.isVisible(); }));
+    dialog.CancelButton()->click();
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    EXPECT_TRUE(engine->GetWorker().IsCancelled());
+    // Events that follow the cancel show nothing.
+    engine->GetWorker().OnFinish(false);
+    SetState(Engine::Finished);
+    dialog.OnUpdateState();
+    EXPECT_TRUE(failures.empty());
+}
+
+TEST_F(UpdaterDialogTest, AFailingUpdateEndsTheDialog) {
+    MakeEngine();
+    CUpdaterDlg dialog(Context(/*startEngine=*/true));
+    dialog.open();
+    EXPECT_TRUE(
+        WaitFor([&] { return !dialog.isVisible() && engine->GetState() == Engine::Finished; }));
+    EXPECT_TRUE(engine->IsFailed());
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    EXPECT_EQ(failures.size(), 1u);
+}
+
+}  // namespace
