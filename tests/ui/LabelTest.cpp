@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "UiTestApplication.h"
 #include "platform/Environment.h"
 #include "support/RecordingSink.h"
 #include "ui/Label.h"
@@ -76,15 +77,7 @@ struct EventRecorder : QObject {
 
 class LabelTest : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        if (qApp != nullptr) return;
-        if (!Platform::GetEnvironment("QT_QPA_PLATFORM"))
-            Platform::SetEnvironment("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "ui_tests";
-        static char* argv[] = {name, nullptr};
-        new QApplication(argc, argv);  // lives as long as the test program
-    }
+    static void SetUpTestSuite() { TestSupport::EnsureQApplication(); }
 
     // A large font without antialiasing, so every text pixel has exactly the text colour.
     static void UseCrispFont(CLabel& label) {

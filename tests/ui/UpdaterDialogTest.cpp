@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include "UiTestApplication.h"
 #include "engine/UpdateEngine.h"
 #include "platform/Environment.h"
 #include "support/TestFiles.h"
@@ -37,15 +38,7 @@ bool WaitFor(const std::function<bool()>& condition, int timeoutMs = 20000) {
 
 class UpdaterDialogTest : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        if (qApp != nullptr) return;
-        if (!Platform::GetEnvironment("QT_QPA_PLATFORM"))
-            Platform::SetEnvironment("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "ui_tests";
-        static char* argv[] = {name, nullptr};
-        new QApplication(argc, argv);  // lives as long as the test program
-    }
+    static void SetUpTestSuite() { TestSupport::EnsureQApplication(); }
 
     void SetUp() override { ASSERT_FALSE(folder.Path().empty()); }
 
