@@ -46,7 +46,8 @@ public:
             if (it == listeners.end()) return false;
             listeners.erase(it);
         }
-        if (deliveringList == this) return true;
+        if (std::find(deliveringLists.begin(), deliveringLists.end(), this) != deliveringLists.end())
+            return true;
         std::unique_lock lock(idleLock);
         idleEvent = false;
         const auto deadline = std::chrono::steady_clock::now() + kRemovalLimit;
@@ -68,20 +69,18 @@ public:
     template <class Call>
     void Deliver(Call&& call) {
         notificationsInFlight.Increment();
-        const ObserverList* outer = deliveringList;
-        deliveringList = this;
+        deliveringLists.push_back(this);
         struct RoundEnd {
             ObserverList& list;
-            const ObserverList* outer;
             ~RoundEnd() {
-                deliveringList = outer;
+                deliveringLists.pop_back();
                 if (list.notificationsInFlight.Decrement() == 0) {
                     std::lock_guard lock(list.idleLock);
                     list.idleEvent = true;
                     list.idleChanged.notify_all();
                 }
             }
-        } roundEnd{*this, outer};
+        } roundEnd{*this};
 
         std::vector<Listener*> copy;
         {
@@ -95,8 +94,8 @@ public:
 private:
     static constexpr auto kRemovalStep = std::chrono::milliseconds(10);
     static constexpr auto kRemovalLimit = std::chrono::milliseconds(5000);
-    // The list whose round runs on this thread, if any.
-    static inline thread_local const ObserverList* deliveringList = nullptr;
+    // The lists whose rounds run on this thread, innermost last.
+    static inline thread_local std::vector<const ObserverList*> deliveringLists;
 
     std::mutex listenerLock;
     AtomicNumberT<int32_t> notificationsInFlight;

@@ -47,6 +47,8 @@ std::wstring ApplicationText(AppResources::StringID id);
 
 // The Qt application object of the process. Build one on the main thread before anything
 // else of this header is used, and keep it until the user interface is no longer needed.
+// It must also come before any CommonGuiLib::GuiSession: Qt allows one application object
+// per process, and the image helpers' session then finds and uses this one.
 class GuiSession {
 public:
     // argc and argv must outlive the session (Qt keeps them). Qt ends the process when no

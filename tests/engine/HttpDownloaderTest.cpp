@@ -148,8 +148,12 @@ TEST_F(HttpDownloaderTest, EachServerAnswerEndsAsTheCallerCanObserve) {
         const Outcome outcome = Fetch(c.url);
         EXPECT_EQ(outcome.ok, c.ok);
         EXPECT_EQ(outcome.recorder.starts, c.starts);
-        if (c.total != kAny) EXPECT_EQ(outcome.recorder.startTotal, c.total);
-        if (c.content.empty()) EXPECT_EQ(outcome.recorder.blocks, 0);
+        if (c.total != kAny) {
+            EXPECT_EQ(outcome.recorder.startTotal, c.total);
+        }
+        if (c.content.empty()) {
+            EXPECT_EQ(outcome.recorder.blocks, 0);
+        }
         EXPECT_EQ(c.prefixOnly ? outcome.content.substr(0, c.content.size()) : outcome.content,
                   c.content);
         EXPECT_EQ(outcome.recorder.finishes, 1);

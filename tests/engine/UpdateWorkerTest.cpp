@@ -88,7 +88,9 @@ TEST_F(EngineTest, FailedDownloadsAndAnEarlyCancelEndFinishedAndFailedKeepingThe
         ASSERT_TRUE(RunToEnd(engine, observer));
         EXPECT_EQ(observer.States(), c.states);
         EXPECT_TRUE(engine.IsFailed());
-        if (c.total) EXPECT_EQ(engine.GetTotalSize(), c.total);
+        if (c.total) {
+            EXPECT_EQ(engine.GetTotalSize(), c.total);
+        }
         if (c.partial == ~0u) continue;
         EXPECT_EQ(engine.GetDownloadedSize(), c.partial);
         EXPECT_EQ(ReadFile(setup).size(), c.partial) << "the partial file stays";
