@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "foundation/Exceptions.h"
 #include "foundation/TextConversion.h"
 #include "system/Environment.h"
 #include "system/FileHelpers.h"
@@ -24,8 +25,8 @@ CUpdaterApp::CUpdaterApp(ProductConfiguration& productConfiguration, Services ap
 bool CUpdaterApp::InitInstance() {
     const std::wstring folder = System::GetModuleFolder();
 
-    // Without a skin the dialog keeps its plain look. The skin is a style sheet, so the
-    // INI-named second attempt of the original skinning library has nothing to load.
+    // Without a skin the dialog keeps its plain look. A skin is a style sheet; there is no
+    // second, INI-named form of it to try.
     services.loadSkin(System::MakeAbsolute(kSkinFile, folder));
 
     services.initializeResources(System::MakeAbsolute(kResourcesFolder, folder),
@@ -47,6 +48,8 @@ bool CUpdaterApp::InitInstance() {
             throw;
         } catch (const std::exception&) {
             productGone = false;  // the exit event could not be made: the product stays
+        } catch (const ErrorHandling::ComError&) {
+            productGone = false;  // the same, reported as the platform's object error
         }
         if (!productGone) {
             services.warningBox(Expanded(StringID_ComputerMustBeRestarted),

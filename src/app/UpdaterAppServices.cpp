@@ -30,7 +30,9 @@ CUpdaterApp::Services CUpdaterApp::DefaultServices() {
     services.text = UI::ApplicationText;
     services.warningBox = UI::ShowWarningBox;
     services.makeProductExit = [](Engine::UpdateEngine& engine, uint32_t timeoutMs) {
-        return !engine.IsProductRunning() || engine.CloseRunningProduct(timeoutMs);
+        // The product may exit by itself between the look and the close: gone is gone.
+        return !engine.IsProductRunning() || engine.CloseRunningProduct(timeoutMs) ||
+               !engine.IsProductRunning();
     };
     services.runDialog = UI::RunUpdaterDialog;
     services.launchProduct = [](Engine::UpdateEngine& engine) {

@@ -1,5 +1,6 @@
 #include "storages/SystemStorage.h"
 
+#include <algorithm>
 #include <string>
 
 #include "storages/ResourceErrors.h"

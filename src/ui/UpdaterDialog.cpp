@@ -1,5 +1,6 @@
 #include "ui/UpdaterDialog.h"
 
+#include <algorithm>
 #include <climits>
 #include <stdexcept>
 #include <utility>
@@ -113,6 +114,7 @@ void CUpdaterDlg::OnInitDialog() {
 }
 
 void CUpdaterDlg::OnUpdateState() {
+    if (m_failureBoxOpen) return;
     Engine::UpdateEngine& engine = *context.engine;
     if (engine.IsFailed() && !m_cancelled) {
         ReportFailure();
@@ -151,6 +153,7 @@ void CUpdaterDlg::OnUpdateProgress() {
 void CUpdaterDlg::ReportFailure() {
     if (!m_errorShown) {
         m_errorShown = true;
+        m_failureBoxOpen = true;
         const std::wstring text = ExpandedText(StringID_InstallationFailed);
         const std::wstring caption = Text(StringID_Error);
         if (context.showFailure) {
@@ -160,6 +163,7 @@ void CUpdaterDlg::ReportFailure() {
                             QString::fromStdWString(text), QMessageBox::Ok, this);
             box.exec();
         }
+        m_failureBoxOpen = false;
     }
     // The worker has ended by itself; only the window goes.
     QDialog::reject();

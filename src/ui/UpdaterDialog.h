@@ -73,5 +73,8 @@ private:
     bool initialized = false;
     bool m_cancelled = false;
     bool m_errorShown = false;
+    // While the failure box runs its own event loop, later state events wait for it: the
+    // dialog closes only once the box is gone.
+    bool m_failureBoxOpen = false;
     bool demoAidsDone = false;
 };

@@ -7,7 +7,8 @@
 //   "255,128,0"                   decimal red, green, blue; each channel keeps the low 8
 //                                 bits of its number
 //
-// Thread safety: any thread (system colours are read when asked). Nothing here throws
+// Thread safety: the GUI thread while a GUI runs (system colours come from its palette),
+// else any thread. Nothing here throws
 // except std::bad_alloc.
 #pragma once
 

@@ -47,7 +47,13 @@ SharedBitmap LoadBitmapResource(const std::wstring& name, const std::wstring& mo
 }
 
 SharedBitmap CreateCompatibleBitmap(int32_t width, int32_t height) {
-    if (width <= 0 || height <= 0) return internal::MakeBitmap({});
+    // A size from a resource file is refused beyond what a screen could show, rather than
+    // letting a typing mistake allocate gigabytes.
+    constexpr int32_t kMaxSide = 16384;
+    constexpr int64_t kMaxPixels = int64_t(64) << 20;  // 256 MiB of 32-bit pixels
+    if (width <= 0 || height <= 0 || width > kMaxSide || height > kMaxSide ||
+        int64_t(width) * height > kMaxPixels)
+        return internal::MakeBitmap({});
     // QImage refuses sizes it cannot allocate by giving a null image.
     QImage image(width, height, QImage::Format_ARGB32);
     if (image.isNull()) return internal::MakeBitmap({});

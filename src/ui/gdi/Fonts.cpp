@@ -10,6 +10,7 @@
 #include <QString>
 
 #include <algorithm>
+#include <memory>
 #include <cmath>
 
 #include "ui/gdi/Images.h"
@@ -36,8 +37,10 @@ constexpr int kStrategies[] = {
 }  // namespace
 
 SharedFont CreateFontIndirect(const LogFont& font) {
-    auto* qfont = new QFont();
+    auto owned = std::make_unique<QFont>();
+    QFont* qfont = owned.get();
     SharedFont result = boost::make_shared<SharedGDIObjectImpl<kFontObject>>(qfont);
+    owned.release();  // the holder owns it now
     const int64_t height = font.height;
     if (height < 0) {
         qfont->setPixelSize(static_cast<int>(std::min(-height, kMaxPixelSize)));

@@ -1,7 +1,8 @@
 // The system's display colours, fonts and screen depth, as the resource library asks for
 // them: the desktop palette while a GUI runs, otherwise the classic Windows defaults.
 //
-// Thread safety: any thread; values are read when asked.
+// Thread safety: the GUI thread while a GUI runs (palette and font database are its own),
+// else any thread; values are read when asked.
 #pragma once
 
 #include <cstdint>
