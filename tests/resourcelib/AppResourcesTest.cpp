@@ -2,12 +2,16 @@
 #include <gtest/gtest.h>
 
 #include "resourcelib/AppResourcesManager.h"
-#include "resourcelib/ResourceManagerHolder.h"
 #include "resourcelib/ManagerImpl.h"
+#include "resourcelib/ResourceManagerHolder.h"
 #include "support/HiveFolder.h"
 #include "support/TestFiles.h"
 
 #include <boost/make_shared.hpp>
+
+#include <filesystem>
+#include <sstream>
+#include <string>
 
 namespace {
 
@@ -20,34 +24,35 @@ void WriteFile(const std::filesystem::path& path, const std::string& content) {
     ASSERT_TRUE(TestSupport::WriteFile(path, content));
 }
 
+// Metadata with English as the default language, then `more`, under `base` when one is named.
+std::string MetadataXml(const std::string& base = "", const std::string& more = "") {
+    return "<ResourceLib>" + (base.empty() ? "" : "<Base root=\"" + base + "\"/>") +
+           "<Languages><Language name=\"en\" title=\"English\" locale=\"1033\" default=\"1\"/>" +
+           more + "</Languages></ResourceLib>";
+}
+
+// Each of the names (separated by spaces) with the text "<name> text {ProductName}".
 std::string StringsXml(const std::string& names) {
-    std::string xml = "<ResourceLib><Resources>";
-    std::string::size_type start = 0;
-    while (start < names.size()) {
-        auto end = names.find(',', start);
-        if (end == std::string::npos) end = names.size();
-        const std::string name = names.substr(start, end - start);
+    std::istringstream in(names);
+    std::string xml = "<ResourceLib><Resources>", name;
+    while (in >> name)
         xml += "<String name=\"" + name + "\" value=\"" + name + " text {ProductName}\"/>";
-        start = end + 1;
-    }
     return xml + "</Resources></ResourceLib>";
 }
 
+// Every text the updater registers, in StringID order.
 const std::string kAllNames =
-    "PreparingForDownload,ConnectingToDownloadServer,DownloadingComponents,"
-    "InstallingComponents,InstallationComplete,InstallationFailed,ComputerMustBeRestarted,"
-    "ProductInstallation,LaunchProduct,CancelInstallation,Error,Close";
+    "PreparingForDownload ConnectingToDownloadServer DownloadingComponents InstallingComponents "
+    "InstallationComplete InstallationFailed ComputerMustBeRestarted ProductInstallation "
+    "LaunchProduct CancelInstallation Error Close";
 
 // en (complete) and de (without "Error" and "Close").
 void WriteTwoLanguages(const TempFolder& folder) {
     WriteFile(folder / "Metadata.xml",
-              "<ResourceLib><Languages>"
-              "<Language name=\"en\" title=\"English\" locale=\"1033\" default=\"1\"/>"
-              "<Language name=\"de\" title=\"Deutsch\" locale=\"1031\"/>"
-              "</Languages></ResourceLib>");
+              MetadataXml("", "<Language name=\"de\" title=\"Deutsch\" locale=\"1031\"/>"));
     WriteFile(folder / "en" / "Resources.xml", StringsXml(kAllNames));
     WriteFile(folder / "de" / "Resources.xml",
-              StringsXml(kAllNames.substr(0, kAllNames.find(",Error"))));
+              StringsXml(kAllNames.substr(0, kAllNames.find("Error"))));
 }
 
 boost::shared_ptr<Manager> NewManager() {
@@ -104,13 +109,9 @@ TEST(AppResources, AMissingFolderFallsBackAndABaseFolderBecomesTheParent) {
     EXPECT_EQ(lost->GetDirectory().substr(lost->GetDirectory().size() - 9), L"Resources");
 
     TempFolder folder("lumetta-appres");
-    WriteFile(folder / "Metadata.xml",
-              "<ResourceLib><Languages><Language name=\"en\" title=\"English\" locale=\"1033\" "
-              "default=\"1\"/></Languages></ResourceLib>");
+    WriteFile(folder / "Metadata.xml", MetadataXml());
     WriteFile(folder / "en" / "Resources.xml", StringsXml("Error"));
-    WriteFile(folder / "child" / "Metadata.xml",
-              "<ResourceLib><Base root=\"..\"/><Languages><Language name=\"en\" "
-              "title=\"English\" locale=\"1033\" default=\"1\"/></Languages></ResourceLib>");
+    WriteFile(folder / "child" / "Metadata.xml", MetadataXml(".."));
     WriteFile(folder / "child" / "en" / "Resources.xml", StringsXml("Close"));
     auto child = NewManager();
     const std::wstring dir = (folder / "child").wstring();

@@ -15,6 +15,7 @@
 #include <boost/make_shared.hpp>
 
 #include "foundation/Log.h"
+#include "resourcelib/DummyManagerImpl.h"
 #include "resourcelib/ManagerImpl.h"
 #include "resourcelib/internal/PathNormalizer.h"
 #include "storages/ResourceErrors.h"
@@ -320,6 +321,23 @@ TEST(ManagerImpl, FilePathsAreNormalised) {
     EXPECT_EQ(manager->GetFilePath(1, ResourceType_Bitmap), L"skins/Red");
     EXPECT_EQ(manager->GetFilePath(2, ResourceType_Bitmap), L"../x");
     EXPECT_EQ(manager->GetFilePath(1, ResourceType_Icon), L"") << "storage does not serve icons";
+}
+
+TEST(DummyManagerImpl, HasNothingAndRefusesEverything) {
+    auto dummy = boost::make_shared<DummyManagerImpl>();
+    EXPECT_EQ(dummy->GetResourceId(L"Close", ResourceType_String), 0) << "not kNoResourceId";
+    EXPECT_EQ(dummy->GetString(3), L"");
+
+    auto real = NewManager();
+    EXPECT_FALSE(dummy->SetParent(real));
+    EXPECT_EQ(real.use_count(), 1) << "the argument is not kept";
+    EXPECT_FALSE(dummy->SetLanguage(L"en"));
+    dummy->SetThrowOnFailure(true);
+    EXPECT_FALSE(dummy->GetThrowOnFailure());
+    EXPECT_EQ(dummy->GetString(L"Missing"), L"") << "never throws";
+
+    EXPECT_TRUE(dummy->SetLanguageVerify(L""));
+    EXPECT_FALSE(dummy->SetLanguageVerify(L"en"));
 }
 
 }  // namespace

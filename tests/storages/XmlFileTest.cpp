@@ -4,20 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "foundation/TextConversion.h"
+#include "StorageTestSupport.h"
 #include "storages/NamedValue.h"
-#include "storages/ResourceErrors.h"
 #include "storages/XmlFile.h"
-#include "support/TestFiles.h"
 
 namespace {
 
 using FileSystem::XmlFile;
 using FileSystem::XmlNode;
-
-std::wstring Wide(const std::filesystem::path& path) {
-    return STLHelpers::Utf8ToWide(path.string());
-}
+using StorageTests::Wide;
 
 constexpr char kDocument[] =
     "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
@@ -30,13 +25,13 @@ constexpr char kDocument[] =
     "  </Resources>\n"
     "</ResourceLib>\n";
 
-std::wstring ExpectOpenFails(const std::wstring& path) {
+std::string ExpectOpenFails(const std::wstring& path) {
     try {
         XmlFile file(path, false);
     } catch (const std::runtime_error& e) {
-        return STLHelpers::Utf8ToWide(e.what());
+        return e.what();
     }
-    return L"opened";
+    return "opened";
 }
 
 TEST(XmlFile, OpensQueriesAndReads) {
@@ -92,7 +87,7 @@ TEST(XmlFile, OpensQueriesAndReads) {
 
 TEST(XmlFile, FailuresAndSaving) {
     TestSupport::TempFolder folder;
-    const std::wstring expected = L"Failed to open or parse the designated XML file";
+    const std::string expected = "Failed to open or parse the designated XML file";
     ASSERT_TRUE(TestSupport::WriteFile(folder / "broken.xml", "<ResourceLib><a></ResourceLib>"));
     EXPECT_EQ(ExpectOpenFails(Wide(folder / "broken.xml")), expected);
     EXPECT_EQ(ExpectOpenFails(Wide(folder / "missing.xml")), expected);

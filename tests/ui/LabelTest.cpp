@@ -6,20 +6,18 @@
 #include <QMouseEvent>
 #include <QPalette>
 
-#include <chrono>
-#include <functional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include "UiTestApplication.h"
-#include "platform/Environment.h"
 #include "support/RecordingSink.h"
 #include "ui/Label.h"
 #include "ui/gdi/SystemMetrics.h"
 
 namespace {
+
+using TestSupport::WaitFor;
 
 constexpr uint32_t kRed = 0x0000FF;
 constexpr uint32_t kGreen = 0x00FF00;
@@ -45,16 +43,6 @@ QRect BoundsOf(const std::vector<QPoint>& points) {
     QRect bounds;
     for (const QPoint& point : points) bounds |= QRect(point, QSize(1, 1));
     return bounds;
-}
-
-bool WaitFor(const std::function<bool()>& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        QApplication::processEvents(QEventLoop::AllEvents, 20);
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
 }
 
 void Click(QWidget& widget, QEvent::Type type) {

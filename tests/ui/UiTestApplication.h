@@ -4,6 +4,10 @@
 
 #include <QApplication>
 
+#include <chrono>
+#include <functional>
+#include <thread>
+
 #include "platform/Environment.h"
 
 namespace TestSupport {
@@ -16,6 +20,17 @@ inline void EnsureQApplication() {
     static char name[] = "ui_tests";
     static char* argv[] = {name, nullptr};
     new QApplication(argc, argv);
+}
+
+// Handles events until `condition` holds; false when it still does not after `timeoutMs`.
+inline bool WaitFor(const std::function<bool()>& condition, int timeoutMs = 20000) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
 }
 
 }  // namespace TestSupport

@@ -1,11 +1,7 @@
 // The progress dialog, offscreen, against a real engine whose worker the tests play
 // themselves (states and byte counts set directly), and once against a real failing update.
-#include <chrono>
-#include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -17,7 +13,6 @@
 
 #include "UiTestApplication.h"
 #include "engine/UpdateEngine.h"
-#include "platform/Environment.h"
 #include "support/TestFiles.h"
 #include "ui/Label.h"
 #include "ui/UpdaterDialog.h"
@@ -26,32 +21,22 @@ using namespace AppResources;
 
 namespace {
 
-bool WaitFor(const std::function<bool()>& condition, int timeoutMs = 20000) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        QApplication::processEvents(QEventLoop::AllEvents, 20);
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
-}
+using TestSupport::WaitFor;
 
 class UpdaterDialogTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { TestSupport::EnsureQApplication(); }
 
-    void SetUp() override { ASSERT_FALSE(folder.Path().empty()); }
-
     // Nothing listens on port 80 of 127.0.0.1 outside the tests' network namespaces, so a
     // started worker fails at once; the other tests never start it.
-    Engine::UpdateEngine& MakeEngine() {
+    void SetUp() override {
+        ASSERT_FALSE(folder.Path().empty());
         Engine::ProductSettings settings;
         settings.downloadURL = L"127.0.0.1/LumettaTestSetup.exe";
         settings.productExecutable = L"lumetta-test-no-product";
         settings.exitEventName = L"lumetta-test-no-product_ExitEvent";
-        const std::string file = "Update" + std::to_string(++engines) + ".exe";
-        engine = std::make_unique<Engine::UpdateEngine>(settings, (folder / file).wstring());
-        return *engine;
+        engine =
+            std::make_unique<Engine::UpdateEngine>(settings, (folder / "Update1.exe").wstring());
     }
 
     // Texts "T<id>"; expansion shows as "<...>", so a test sees which texts were expanded.
@@ -71,12 +56,10 @@ protected:
 
     TestSupport::TempFolder folder{"lumetta-dialog"};
     std::unique_ptr<Engine::UpdateEngine> engine;
-    int engines = 0;
     std::vector<std::pair<std::wstring, std::wstring>> failures;
 };
 
 TEST_F(UpdaterDialogTest, FollowsTheStagesAndLaunchesOnceFinished) {
-    MakeEngine();
     UI::UpdaterDialogContext context = Context();
     context.screenshotPath = (folder / "dialog.png").wstring();
     context.autoLaunch = true;
@@ -129,7 +112,6 @@ TEST_F(UpdaterDialogTest, FollowsTheStagesAndLaunchesOnceFinished) {
 }
 
 TEST_F(UpdaterDialogTest, WithTheProductRunningOffersOnlyClose) {
-    MakeEngine();
     UI::UpdaterDialogContext context = Context();
     context.runWithProduct = true;
     CUpdaterDlg dialog(context);
@@ -153,27 +135,24 @@ TEST_F(UpdaterDialogTest, WithTheProductRunningOffersOnlyClose) {
     EXPECT_TRUE(failures.empty());
 }
 
-TEST_F(UpdaterDialogTest, FailureShowsOneBoxAndCancelNone) {
-    MakeEngine();
-    {
-        CUpdaterDlg dialog(Context());
-        dialog.open();
-        ASSERT_TRUE(WaitFor([&] { return dialog.isVisible(); }));
-        engine->GetWorker().OnFinish(false);
-        SetState(Engine::Finished);
-        EXPECT_TRUE(WaitFor([&] { return !dialog.isVisible(); }));
-        EXPECT_EQ(dialog.result(), QDialog::Rejected);
-        dialog.OnStateChanged();
-        dialog.OnUpdateState();
-        QApplication::processEvents();
-        ASSERT_EQ(failures.size(), 1u);
-        EXPECT_EQ(failures[0].first, L"<T5>");  // text expanded, caption not
-        EXPECT_EQ(failures[0].second, L"T10");
-        EXPECT_FALSE(engine->GetWorker().IsCancelled());  // the engine was not asked
-    }
+TEST_F(UpdaterDialogTest, AFailingUpdateShowsOneBoxAndEndsTheDialog) {
+    CUpdaterDlg dialog(Context(/*startEngine=*/true));
+    dialog.open();
+    EXPECT_TRUE(
+        WaitFor([&] { return !dialog.isVisible() && engine->GetState() == Engine::Finished; }));
+    EXPECT_TRUE(engine->IsFailed());
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    // Notices of the same end that arrive later show nothing more.
+    dialog.OnStateChanged();
+    dialog.OnUpdateState();
+    QApplication::processEvents();
+    ASSERT_EQ(failures.size(), 1u);
+    EXPECT_EQ(failures[0].first, L"<T5>");  // text expanded, caption not
+    EXPECT_EQ(failures[0].second, L"T10");
+    EXPECT_FALSE(engine->GetWorker().IsCancelled());  // the engine was not asked
+}
 
-    failures.clear();
-    MakeEngine();
+TEST_F(UpdaterDialogTest, CancelAsksTheEngineAndShowsNoBox) {
     CUpdaterDlg dialog(Context());
     dialog.open();
     ASSERT_TRUE(WaitFor([&] { return dialog.isVisible(); }));
@@ -186,17 +165,6 @@ TEST_F(UpdaterDialogTest, FailureShowsOneBoxAndCancelNone) {
     SetState(Engine::Finished);
     dialog.OnUpdateState();
     EXPECT_TRUE(failures.empty());
-}
-
-TEST_F(UpdaterDialogTest, AFailingUpdateEndsTheDialog) {
-    MakeEngine();
-    CUpdaterDlg dialog(Context(/*startEngine=*/true));
-    dialog.open();
-    EXPECT_TRUE(
-        WaitFor([&] { return !dialog.isVisible() && engine->GetState() == Engine::Finished; }));
-    EXPECT_TRUE(engine->IsFailed());
-    EXPECT_EQ(dialog.result(), QDialog::Rejected);
-    EXPECT_EQ(failures.size(), 1u);
 }
 
 }  // namespace

@@ -8,8 +8,7 @@
 //                                 bits of its number
 //
 // Thread safety: the GUI thread while a GUI runs (system colours come from its palette),
-// else any thread. Nothing here throws
-// except std::bad_alloc.
+// else any thread. Nothing here throws except std::bad_alloc.
 #pragma once
 
 #include <string_view>
