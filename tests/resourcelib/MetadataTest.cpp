@@ -73,20 +73,19 @@ TEST(Metadata, ReadsLanguagesSkinsAndDefaults) {
     EXPECT_EQ(skins->GetDefaultSkin()->GetName(), L"Red");
     EXPECT_EQ(skins->FindSkin(L"Blue")->GetName(), L"Blue");
     EXPECT_FALSE(skins->FindSkin(L"blue"));
-}
 
-TEST(Metadata, OverrideFilesMatchExactly) {
-    Folder folder(kMetadata);
+    // Override files name the defaults, matched exactly: a line break is part of the name.
     ASSERT_TRUE(TestSupport::WriteFile(folder.temp / "DefaultLanguageOverride", "fr\n"));
     ASSERT_TRUE(TestSupport::WriteFile(folder.temp / "DefaultSkinOverride", "Blue"));
-    MetadataProviderPtr provider = folder.Read();
-    ASSERT_TRUE(provider);
-    EXPECT_EQ(provider->GetDefaultLanguage()->GetName(), L"de") << "the line break is text";
-    EXPECT_EQ(boost::dynamic_pointer_cast<ISkinProvider>(provider)->GetDefaultSkin()->GetName(),
+    MetadataProviderPtr overridden = folder.Read();
+    ASSERT_TRUE(overridden);
+    EXPECT_EQ(overridden->GetDefaultLanguage()->GetName(), L"de");
+    EXPECT_EQ(boost::dynamic_pointer_cast<ISkinProvider>(overridden)->GetDefaultSkin()->GetName(),
               L"Blue");
-
     ASSERT_TRUE(TestSupport::WriteFile(folder.temp / "DefaultLanguageOverride", "en"));
-    EXPECT_EQ(folder.Read()->GetDefaultLanguage()->GetName(), L"en");
+    overridden = folder.Read();
+    ASSERT_TRUE(overridden);
+    EXPECT_EQ(overridden->GetDefaultLanguage()->GetName(), L"en");
 }
 
 TEST(Metadata, MissingPartsAndBadFiles) {

@@ -19,7 +19,8 @@ TEST(ApplicationText, AMalformedResourceFileGivesAnEmptyText) {
         "default=\"1\"/></Languages></ResourceLib>"));
     ASSERT_TRUE(TestSupport::WriteFile(folder / "en" / "Resources.xml",
                                        "<ResourceLib><Resources><String name=\"Close\""));
-    ASSERT_TRUE(AppResources::ResourceManagerHolder::Instance().Initialize(folder.Path().wstring()));
+    ASSERT_TRUE(
+        AppResources::ResourceManagerHolder::Instance().Initialize(folder.Path().wstring()));
 
     std::wstring text = L"unchanged";
     EXPECT_NO_THROW(text = UI::ApplicationText(AppResources::StringID_Close));

@@ -69,12 +69,7 @@ protected:
 
     // A large font without antialiasing, so every text pixel has exactly the text colour.
     static void UseCrispFont(CLabel& label) {
-        CommonGuiLib::LogFont font;
-        font.height = -28;
-        font.weight = 700;
-        font.quality = 3;
-        font.faceName = L"DejaVu Sans";
-        label.SetLogFont(font);
+        label.SetLogFont({.height = -28, .weight = 700, .quality = 3, .faceName = L"DejaVu Sans"});
     }
 };
 
