@@ -10,6 +10,7 @@
 
 #include "app/UpdaterApp.h"
 #include "engine/UpdateEngine.h"
+#include "foundation/Exceptions.h"
 #include "foundation/TextConversion.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TestFiles.h"
@@ -120,6 +121,18 @@ TEST_F(UpdaterAppTest, StartsThatEndWithoutUpdate) {
     EXPECT_EQ(calls[3],
               L"warning text6 " + productName + L" / " + productName + L" Automatic Update");
     EXPECT_EQ(app.ExitInstance(), 0);
+
+    // An exit event that cannot be made is the platform's object error, not a
+    // std::exception: the same warning, and start-up still ends in order.
+    calls.clear();
+    CUpdaterApp::Services noEvent = Services();
+    noEvent.makeProductExit = [](Engine::UpdateEngine&, uint32_t) -> bool {
+        throw ErrorHandling::ComError(E_FAIL, L"no event");
+    };
+    CUpdaterApp eventless(*configuration, noEvent);
+    EXPECT_FALSE(eventless.InitInstance());
+    ASSERT_EQ(calls.size(), 3u);
+    EXPECT_TRUE(calls[2].starts_with(L"warning text6 ")) << calls[2];
 
     // No engine (the setup file cannot be created): the failure text and exit code 1.
     calls.clear();
