@@ -1,6 +1,8 @@
 #include "storages/StorageBase.h"
 
+#include <algorithm>
 #include <typeinfo>
+#include <vector>
 
 #include <boost/lexical_cast.hpp>
 #include <boost/pointer_cast.hpp>
@@ -16,10 +18,21 @@ public:
     const char* what() const noexcept override { return "Failed to cast to an internal interface"; }
 };
 
-// Strings that name each other in a cycle would recurse through the manager without end;
-// past this depth a placeholder is no longer looked up in the manager and simply stays.
+// Strings that name each other would recurse through the manager without end, and strings
+// that name another several times multiply with each level. So a name met again inside its
+// own expansion stays as it stands, a chain of look-ups ends at this depth, and a text that
+// has grown beyond kMaxExpandedLength characters is not expanded further.
 constexpr int kMaxExpansionDepth = 16;
+constexpr std::size_t kMaxExpandedLength = 65536;
 thread_local int expansionDepth = 0;
+thread_local std::vector<std::wstring> namesInExpansion;
+
+struct NameInExpansion {
+    explicit NameInExpansion(const std::wstring& name) { namesInExpansion.push_back(name); }
+    ~NameInExpansion() { namesInExpansion.pop_back(); }
+    NameInExpansion(const NameInExpansion&) = delete;
+    NameInExpansion& operator=(const NameInExpansion&) = delete;
+};
 
 struct DepthGuard {
     DepthGuard() { ++expansionDepth; }
@@ -99,6 +112,13 @@ const IconHandle* Match(const List& list, IconKey key) {
 }
 template <class List>
 const IconHandle* Store(List& list, IconKey key, IconHandle handle) {
+    // An empty icon of this size is replaced rather than joined by another, so asking again
+    // for an icon a loader gave as empty does not grow the list.
+    for (auto& item : list)
+        if (item.width == key.width && item.height == key.height && !item.handle) {
+            item.handle = std::move(handle);
+            return &item.handle;
+        }
     list.push_back({std::move(handle), key.width, key.height});
     return &list.back().handle;
 }
@@ -237,7 +257,7 @@ std::wstring StorageBase::ExpandPlaceholders(std::wstring text,
     const DepthGuard depth;
     std::size_t position = 0;
     std::size_t previousStart = std::wstring::npos;
-    while (position != previousStart) {
+    while (position != previousStart && text.size() <= kMaxExpandedLength) {
         previousStart = position;
         const std::size_t open = text.find(L'{', position);
         if (open == std::wstring::npos) break;
@@ -282,7 +302,10 @@ std::wstring StorageBase::PlaceholderValue(const std::wstring& name, bool& manag
         managerGone = true;
         return {};
     }
-    if (expansionDepth > kMaxExpansionDepth) return {};
+    if (expansionDepth > kMaxExpansionDepth ||
+        std::find(namesInExpansion.begin(), namesInExpansion.end(), name) != namesInExpansion.end())
+        return {};
+    const NameInExpansion lookingUp(name);
     return pManager->GetString(NameOf(name));
 }
 

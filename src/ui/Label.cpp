@@ -156,6 +156,7 @@ void CLabel::PreSubclassWindow(uint32_t staticStyle) {
     m_style = staticStyle | SS_OWNERDRAW;
     // A static control without SS_NOTIFY lets clicks through to what lies beneath.
     setAttribute(Qt::WA_TransparentForMouseEvents, (m_style & SS_NOTIFY) == 0);
+    UpdateFrame();  // the new style may have dropped a border set before
     Redraw();
 }
 
@@ -295,6 +296,7 @@ CLabel& CLabel::SetRaisedTextColor(uint32_t color) {
 CLabel& CLabel::SetLogFont(const CommonGuiLib::LogFont& logFont) {
     m_logFont = logFont;
     m_logFont.faceName = CutFaceName(logFont.faceName);
+    m_escapement = 0;  // a whole new font description: it carries no rotation
     MakeFont();
     Redraw();
     return *this;

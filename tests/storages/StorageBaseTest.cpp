@@ -141,19 +141,30 @@ TEST_F(StorageBaseTest, ExpandsPlaceholders) {
     manager->strings[L"Title"] = L"Setup";
     EXPECT_EQ(storage->GetString(4), L"Setup!");
 
-    // Strings naming each other end at a depth limit instead of recursing forever.
+    // Strings naming each other end instead of recursing forever; a name met inside its own
+    // expansion stays, so texts that name each other several times cannot multiply.
     struct Cycle : FakeManager {
-        std::wstring GetString(ResourceName) override {
-            return target->GetString(ResourceName(L"X"));
+        std::wstring GetString(ResourceName name) override {
+            return target->GetString(ResourceName(forward.empty() ? name.data() : forward.c_str()));
         }
         boost::shared_ptr<TestStorage> target;
+        std::wstring forward;
     };
     auto cycle = boost::make_shared<Cycle>();
     auto looping = boost::make_shared<TestStorage>();
     cycle->target = looping;
+    cycle->forward = L"X";
     looping->strings[L"X"] = L"<{Y}>";
     looping->SetManager(boost::weak_ptr<IManager>(cycle));
     EXPECT_NE(looping->GetString(ResourceName(L"X")).find(L"{Y}"), std::wstring::npos);
+
+    cycle->forward.clear();
+    looping->ClearCache();
+    looping->strings[L"A"] = L"a{B}{B}{B}{B}";
+    looping->strings[L"B"] = L"b{A}{A}{A}{A}";
+    const std::wstring a = looping->GetString(ResourceName(L"A"));
+    EXPECT_EQ(a.size(), 213u);  // "a" + 4 x ("b" + 4 x "a{B}{B}{B}{B}")
+    EXPECT_TRUE(a.starts_with(L"aba{B}{B}{B}{B}a{B}")) << a.substr(0, 40);
 }
 
 TEST_F(StorageBaseTest, ArgumentsAndErrors) {
