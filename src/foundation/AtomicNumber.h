@@ -15,7 +15,9 @@ struct AtomicAutoPolicy {
     using Storage = std::atomic<T>;
     static T Increment(Storage& s) { return s.fetch_add(1, std::memory_order_acq_rel) + 1; }
     static T Decrement(Storage& s) { return s.fetch_sub(1, std::memory_order_acq_rel) - 1; }
-    static T Add(Storage& s, T delta) { return s.fetch_add(delta, std::memory_order_acq_rel) + delta; }
+    static T Add(Storage& s, T delta) {
+        return s.fetch_add(delta, std::memory_order_acq_rel) + delta;
+    }
     static T Read(const Storage& s) { return s.load(std::memory_order_acquire); }
     static T Exchange(Storage& s, T value) { return s.exchange(value, std::memory_order_acq_rel); }
 };
@@ -28,8 +30,8 @@ public:
     AtomicNumberT(const AtomicNumberT&) = delete;
     AtomicNumberT& operator=(const AtomicNumberT&) = delete;
 
-    T Increment() { return Policy::Increment(m_value); }  // the new value
-    T Decrement() { return Policy::Decrement(m_value); }  // the new value
+    T Increment() { return Policy::Increment(m_value); }    // the new value
+    T Decrement() { return Policy::Decrement(m_value); }    // the new value
     T Add(T delta) { return Policy::Add(m_value, delta); }  // the new value
     T Read() const { return Policy::Read(m_value); }
     T Exchange(T value) { return Policy::Exchange(m_value, value); }  // the old value

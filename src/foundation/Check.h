@@ -25,10 +25,9 @@ inline ErrorCode Check(T&& result, STLHelpers::litestring_a checkText, EntryPoin
 
 }  // namespace Reporting::internal
 
-#define LUMETTA_CHECK_(report, ...)                                              \
-    ::Reporting::internal::Check((__VA_ARGS__),                                  \
-                                 ::STLHelpers::litestring_a("((" #__VA_ARGS__ "))"), \
-                                 &::Reporting::report)
+#define LUMETTA_CHECK_(report, ...) \
+    ::Reporting::internal::Check(   \
+        (__VA_ARGS__), ::STLHelpers::litestring_a("((" #__VA_ARGS__ "))"), &::Reporting::report)
 
 #define CHECK_WARNING(...) LUMETTA_CHECK_(ReportWarning, __VA_ARGS__)
 #define CHECK_ERROR(...) LUMETTA_CHECK_(ReportError, __VA_ARGS__)

@@ -35,7 +35,9 @@ struct Win32Error {
 // error in the caller.
 class ErrorCodeBadCast : public std::bad_cast {
 public:
-    const char* what() const noexcept override { return "ErrorCode to non-empty object or pointer"; }
+    const char* what() const noexcept override {
+        return "ErrorCode to non-empty object or pointer";
+    }
 };
 
 class ErrorCode {
@@ -79,11 +81,21 @@ private:
 };
 
 // The rules that turn a checked result into an ErrorCode.
-constexpr ErrorCode ToErrorCode(ErrorCode code) { return code; }
-constexpr ErrorCode ToErrorCode(Win32Error error) { return ErrorCode::FromWin32(error.value); }
-constexpr ErrorCode ToErrorCode(bool condition) { return ErrorCode(condition ? S_OK : E_FAIL); }
-constexpr ErrorCode ToErrorCode(HRESULT hr) { return ErrorCode(hr); }
-constexpr ErrorCode ToErrorCode(std::nullptr_t) { return ErrorCode(E_FAIL); }
+constexpr ErrorCode ToErrorCode(ErrorCode code) {
+    return code;
+}
+constexpr ErrorCode ToErrorCode(Win32Error error) {
+    return ErrorCode::FromWin32(error.value);
+}
+constexpr ErrorCode ToErrorCode(bool condition) {
+    return ErrorCode(condition ? S_OK : E_FAIL);
+}
+constexpr ErrorCode ToErrorCode(HRESULT hr) {
+    return ErrorCode(hr);
+}
+constexpr ErrorCode ToErrorCode(std::nullptr_t) {
+    return ErrorCode(E_FAIL);
+}
 template <class T>
 constexpr ErrorCode ToErrorCode(T* pointer) {
     return ToErrorCode(pointer != nullptr);
@@ -98,5 +110,6 @@ ErrorCode ToErrorCode(const std::unique_ptr<T, D>& pointer) {
 }
 // Other integer widths would be ambiguous between a condition and a code: say which.
 template <class T>
-    requires(std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, HRESULT>)
-ErrorCode ToErrorCode(T) = delete;
+requires(std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, HRESULT>) ErrorCode
+    ToErrorCode(T)
+= delete;

@@ -110,14 +110,13 @@ E& operator<<(E& e, wchar_t ch) noexcept {
     return e;
 }
 template <internal::InlineMessageException E, std::integral N>
-    requires(!std::is_same_v<N, char> && !std::is_same_v<N, wchar_t> && !std::is_same_v<N, bool>)
-E& operator<<(E& e, N value) noexcept {
+requires(!std::is_same_v<N, char> && !std::is_same_v<N, wchar_t> && !std::is_same_v<N, bool>) E&
+operator<<(E& e, N value) noexcept {
     e.AppendNumber(value);
     return e;
 }
 template <internal::InlineMessageException E, class T>
-    requires(!std::is_reference_v<E>)
-E&& operator<<(E&& e, T&& value) noexcept {
+requires(!std::is_reference_v<E>) E && operator<<(E&& e, T&& value) noexcept {
     static_cast<E&>(e) << std::forward<T>(value);
     return std::move(e);
 }

@@ -47,7 +47,8 @@ private:
 // A COM error: an HRESULT and, optionally, the COM library's text for it.
 class ComError {
 public:
-    explicit ComError(HRESULT hr, std::wstring message = {}) : m_hr(hr), m_message(std::move(message)) {}
+    explicit ComError(HRESULT hr, std::wstring message = {})
+        : m_hr(hr), m_message(std::move(message)) {}
     HRESULT Error() const noexcept { return m_hr; }
     // Null when no text was given, as the COM library gives no text for unknown codes.
     const wchar_t* ErrorMessage() const noexcept {

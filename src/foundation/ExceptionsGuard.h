@@ -20,7 +20,9 @@ inline void AppendHex(AnyError& out, HRESULT hr) {
     std::snprintf(digits, sizeof(digits), "%x", static_cast<unsigned>(hr));
     out << digits;
 }
-inline const char* OrEmpty(const char* text) { return text ? text : ""; }
+inline const char* OrEmpty(const char* text) {
+    return text ? text : "";
+}
 }  // namespace internal
 
 template <class Callable>

@@ -46,7 +46,8 @@ public:
             if (it == listeners.end()) return false;
             listeners.erase(it);
         }
-        if (std::find(deliveringLists.begin(), deliveringLists.end(), this) != deliveringLists.end())
+        if (std::find(deliveringLists.begin(), deliveringLists.end(), this) !=
+            deliveringLists.end())
             return true;
         std::unique_lock lock(idleLock);
         idleEvent = false;
@@ -101,7 +102,7 @@ private:
     AtomicNumberT<int32_t> notificationsInFlight;
     std::mutex idleLock;
     std::condition_variable idleChanged;
-    bool idleEvent = false;  // set when the last round in flight ends
+    bool idleEvent = false;            // set when the last round in flight ends
     std::vector<Listener*> listeners;  // in registration order
 };
 

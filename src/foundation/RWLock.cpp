@@ -47,14 +47,19 @@ FunctionTable LoadFunctionTable(const std::array<const char*, 5>& names) {
     table.loadResult = ErrorCode::FromWin32(error);
     if (table.module != nullptr)
         for (std::size_t i = 0; i < names.size(); ++i)
-            table.functions[i] = Platform::FindSharedLibraryFunction(table.module, LinuxName(names[i]));
+            table.functions[i] =
+                Platform::FindSharedLibraryFunction(table.module, LinuxName(names[i]));
     // An incomplete table is not reported: every lock then takes the exclusive fallback.
     return table;
 }
 
-const FunctionTable& GetFunctionTable() { return functionTable; }
+const FunctionTable& GetFunctionTable() {
+    return functionTable;
+}
 
-void ForceExclusiveFallback(bool force) { forceFallback.store(force); }
+void ForceExclusiveFallback(bool force) {
+    forceFallback.store(force);
+}
 
 // The slim lock itself is std::shared_mutex; the table only tells whether the platform
 // offers shared locking at all.
@@ -67,10 +72,18 @@ SRWLockImpl::SRWLockImpl() {
     m_state = std::make_unique<State>();
 }
 SRWLockImpl::~SRWLockImpl() = default;
-void SRWLockImpl::LockShared() { m_state->mutex.lock_shared(); }
-void SRWLockImpl::UnlockShared() { m_state->mutex.unlock_shared(); }
-void SRWLockImpl::LockExclusive() { m_state->mutex.lock(); }
-void SRWLockImpl::UnlockExclusive() { m_state->mutex.unlock(); }
+void SRWLockImpl::LockShared() {
+    m_state->mutex.lock_shared();
+}
+void SRWLockImpl::UnlockShared() {
+    m_state->mutex.unlock_shared();
+}
+void SRWLockImpl::LockExclusive() {
+    m_state->mutex.lock();
+}
+void SRWLockImpl::UnlockExclusive() {
+    m_state->mutex.unlock();
+}
 
 struct CSLockImpl::State {
     std::mutex mutex;
@@ -78,10 +91,18 @@ struct CSLockImpl::State {
 
 CSLockImpl::CSLockImpl() : m_state(std::make_unique<State>()) {}
 CSLockImpl::~CSLockImpl() = default;
-void CSLockImpl::LockShared() { m_state->mutex.lock(); }
-void CSLockImpl::UnlockShared() { m_state->mutex.unlock(); }
-void CSLockImpl::LockExclusive() { m_state->mutex.lock(); }
-void CSLockImpl::UnlockExclusive() { m_state->mutex.unlock(); }
+void CSLockImpl::LockShared() {
+    m_state->mutex.lock();
+}
+void CSLockImpl::UnlockShared() {
+    m_state->mutex.unlock();
+}
+void CSLockImpl::LockExclusive() {
+    m_state->mutex.lock();
+}
+void CSLockImpl::UnlockExclusive() {
+    m_state->mutex.unlock();
+}
 
 }  // namespace Impl
 
@@ -97,6 +118,8 @@ RWLock::RWLock(IRWLockImpl* impl) : m_impl(impl) {}
 
 RWLock::~RWLock() = default;
 
-bool RWLock::SharesReaders() const { return dynamic_cast<Impl::SRWLockImpl*>(m_impl) != nullptr; }
+bool RWLock::SharesReaders() const {
+    return dynamic_cast<Impl::SRWLockImpl*>(m_impl) != nullptr;
+}
 
 }  // namespace Synchronization

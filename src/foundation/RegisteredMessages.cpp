@@ -37,6 +37,8 @@ const unsigned sinkMessageA = RegisterWindowMessage(L"QzNotificationSinkMTOnEven
 const unsigned sinkMessageB = RegisterWindowMessage(L"QzNotificationSinkMTOnEvent");
 }  // namespace
 
-unsigned NotificationSinkMessage(int which) { return which == 0 ? sinkMessageA : sinkMessageB; }
+unsigned NotificationSinkMessage(int which) {
+    return which == 0 ? sinkMessageA : sinkMessageB;
+}
 
 }  // namespace Reporting

@@ -86,40 +86,66 @@ const char* SystemMessageText(uint32_t number) {
 
 uint32_t Win32ErrorFromErrno(int e) {
     switch (e) {
-        case 0: return 0;
-        case ENOENT: return 2;
-        case ENOTDIR: return 3;
+        case 0:
+            return 0;
+        case ENOENT:
+            return 2;
+        case ENOTDIR:
+            return 3;
         case EMFILE:
-        case ENFILE: return 4;
+        case ENFILE:
+            return 4;
         case EACCES:
         case EPERM:
-        case EISDIR: return 5;
-        case EBADF: return 6;
-        case ENOMEM: return 8;
-        case EXDEV: return 17;
-        case EROFS: return 19;
-        case ETXTBSY: return 32;
+        case EISDIR:
+            return 5;
+        case EBADF:
+            return 6;
+        case ENOMEM:
+            return 8;
+        case EXDEV:
+            return 17;
+        case EROFS:
+            return 19;
+        case ETXTBSY:
+            return 32;
         case ENOSYS:
-        case EOPNOTSUPP: return 50;
+        case EOPNOTSUPP:
+            return 50;
         case EINVAL:
         case ESRCH:
-        case E2BIG: return 87;
-        case EPIPE: return 109;
+        case E2BIG:
+            return 87;
+        case EPIPE:
+            return 109;
         case ENOSPC:
-        case EDQUOT: return 112;
-        case ENOTEMPTY: return 145;
-        case EBUSY: return 170;
-        case EEXIST: return 183;
-        case ENOEXEC: return 193;
-        case ENAMETOOLONG: return 206;
-        case EAGAIN: return 258;
-        case ECANCELED: return 1223;
-        case ETIMEDOUT: return 1460;
-        case ELOOP: return 1921;
-        default: return 31;
+        case EDQUOT:
+            return 112;
+        case ENOTEMPTY:
+            return 145;
+        case EBUSY:
+            return 170;
+        case EEXIST:
+            return 183;
+        case ENOEXEC:
+            return 193;
+        case ENAMETOOLONG:
+            return 206;
+        case EAGAIN:
+            return 258;
+        case ECANCELED:
+            return 1223;
+        case ETIMEDOUT:
+            return 1460;
+        case ELOOP:
+            return 1921;
+        default:
+            return 31;
     }
 }
 
-uint32_t LastWin32Error() { return Win32ErrorFromErrno(errno); }
+uint32_t LastWin32Error() {
+    return Win32ErrorFromErrno(errno);
+}
 
 }  // namespace Platform

@@ -64,13 +64,14 @@ bool Manager::Initialize(ResourceLib::ResourceName directoryName,
     const std::wstring base = metadata ? metadata->GetBaseDirectory() : std::wstring();
     if (!base.empty()) {
         const std::wstring parentDirectory = JoinPath(directory, base);
-        resourceManager->SetParent(
-            ResourceLib::CreateResourceManager(ResourceLib::ResourceName(parentDirectory.c_str()), -1));
+        resourceManager->SetParent(ResourceLib::CreateResourceManager(
+            ResourceLib::ResourceName(parentDirectory.c_str()), -1));
     }
 
     for (int32_t id = 0; id < kStringIDCount; ++id)
-        resourceManager->RegisterResourceName(id, ResourceLib::ResourceName(kStringIDs[id].resourceName),
-                                              ResourceLib::ResourceType_String);
+        resourceManager->RegisterResourceName(
+            id, ResourceLib::ResourceName(kStringIDs[id].resourceName),
+            ResourceLib::ResourceType_String);
 
     return check ? IsValid() : true;
 }
@@ -101,8 +102,8 @@ std::wstring Manager::CheckResources() const {
                     report += L"-->" + languages[i]->GetTitle() + L" (" + languages[i]->GetName() +
                               L"):\n";
                 }
-                report += std::wstring(kStringIDs[id].enumerator) + L" (" + std::to_wstring(id) +
-                          L")\n";
+                report +=
+                    std::wstring(kStringIDs[id].enumerator) + L" (" + std::to_wstring(id) + L")\n";
             }
         }
     }

@@ -41,7 +41,7 @@ std::wstring ResourceManagerHolder::ResManagerExtraParamsProvider::GetParam(
 }
 
 void ResourceManagerHolder::ResManagerExtraParamsProvider::SetParam(const std::wstring& name,
-                                                                     const std::wstring& value) {
+                                                                    const std::wstring& value) {
     if (name.empty() || name.find_first_of(L"{}") != std::wstring::npos ||
         IsWholeDecimalNumber(name))
         return;

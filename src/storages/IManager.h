@@ -50,7 +50,10 @@ struct IManagerListener : InterfaceCore::IInterfaceCore<IManagerListener> {
 
 struct IManager : InterfaceCore::IInterfaceCore<IManager> {
     virtual void Clear() { InterfaceCore::ThrowPureVirtualCall(); }
-    virtual bool SetParent(ManagerPtr parent) { (void)parent; InterfaceCore::ThrowPureVirtualCall(); }
+    virtual bool SetParent(ManagerPtr parent) {
+        (void)parent;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
     virtual bool RegisterResourceName(int32_t id, ResourceName name, uint32_t type) {
         (void)id, (void)name, (void)type;
         InterfaceCore::ThrowPureVirtualCall();
@@ -63,14 +66,23 @@ struct IManager : InterfaceCore::IInterfaceCore<IManager> {
         (void)provider;
         InterfaceCore::ThrowPureVirtualCall();
     }
-    virtual bool AddStorage(StoragePtr storage) { (void)storage; InterfaceCore::ThrowPureVirtualCall(); }
+    virtual bool AddStorage(StoragePtr storage) {
+        (void)storage;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
     virtual void SetExtraParamsProvider(const ExtraParamsProviderPtr& provider) {
         (void)provider;
         InterfaceCore::ThrowPureVirtualCall();
     }
 
-    virtual std::wstring GetString(ResourceName name) { (void)name; InterfaceCore::ThrowPureVirtualCall(); }
-    virtual std::wstring GetString(int32_t id) { (void)id; InterfaceCore::ThrowPureVirtualCall(); }
+    virtual std::wstring GetString(ResourceName name) {
+        (void)name;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
+    virtual std::wstring GetString(int32_t id) {
+        (void)id;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
     virtual BitmapHandle GetBitmap(ResourceName name, bool premultiplyAlpha) {
         (void)name, (void)premultiplyAlpha;
         InterfaceCore::ThrowPureVirtualCall();
@@ -87,14 +99,38 @@ struct IManager : InterfaceCore::IInterfaceCore<IManager> {
         (void)id, (void)width, (void)height;
         InterfaceCore::ThrowPureVirtualCall();
     }
-    virtual ByteView GetBinary(ResourceName name) { (void)name; InterfaceCore::ThrowPureVirtualCall(); }
-    virtual ByteView GetBinary(int32_t id) { (void)id; InterfaceCore::ThrowPureVirtualCall(); }
-    virtual COLORREF GetColor(ResourceName name) { (void)name; InterfaceCore::ThrowPureVirtualCall(); }
-    virtual COLORREF GetColor(int32_t id) { (void)id; InterfaceCore::ThrowPureVirtualCall(); }
-    virtual FontHandle GetFont(ResourceName name) { (void)name; InterfaceCore::ThrowPureVirtualCall(); }
-    virtual FontHandle GetFont(int32_t id) { (void)id; InterfaceCore::ThrowPureVirtualCall(); }
-    virtual int32_t GetInteger(ResourceName name) { (void)name; InterfaceCore::ThrowPureVirtualCall(); }
-    virtual int32_t GetInteger(int32_t id) { (void)id; InterfaceCore::ThrowPureVirtualCall(); }
+    virtual ByteView GetBinary(ResourceName name) {
+        (void)name;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
+    virtual ByteView GetBinary(int32_t id) {
+        (void)id;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
+    virtual COLORREF GetColor(ResourceName name) {
+        (void)name;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
+    virtual COLORREF GetColor(int32_t id) {
+        (void)id;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
+    virtual FontHandle GetFont(ResourceName name) {
+        (void)name;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
+    virtual FontHandle GetFont(int32_t id) {
+        (void)id;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
+    virtual int32_t GetInteger(ResourceName name) {
+        (void)name;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
+    virtual int32_t GetInteger(int32_t id) {
+        (void)id;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
     // The file path a storage records for the resource, normalised.
     virtual std::wstring GetFilePath(int32_t id, uint32_t type) {
         (void)id, (void)type;
@@ -115,11 +151,17 @@ struct IManager : InterfaceCore::IInterfaceCore<IManager> {
         (void)name, (void)type;
         InterfaceCore::ThrowPureVirtualCall();
     }
-    virtual void SetThrowOnFailure(bool flag) { (void)flag; InterfaceCore::ThrowPureVirtualCall(); }
+    virtual void SetThrowOnFailure(bool flag) {
+        (void)flag;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
     virtual bool GetThrowOnFailure() { InterfaceCore::ThrowPureVirtualCall(); }
 
     virtual LanguageProviderPtr GetLanguageProvider() { InterfaceCore::ThrowPureVirtualCall(); }
-    virtual bool SetLanguage(ResourceName name) { (void)name; InterfaceCore::ThrowPureVirtualCall(); }
+    virtual bool SetLanguage(ResourceName name) {
+        (void)name;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
     virtual bool SetLanguage(LanguagePtr language) {
         (void)language;
         InterfaceCore::ThrowPureVirtualCall();
@@ -132,13 +174,21 @@ struct IManager : InterfaceCore::IInterfaceCore<IManager> {
     virtual std::wstring GetLanguageName();
 
     virtual SkinProviderPtr GetSkinProvider() { InterfaceCore::ThrowPureVirtualCall(); }
-    virtual bool SetSkin(ResourceName name) { (void)name; InterfaceCore::ThrowPureVirtualCall(); }
-    virtual bool SetSkin(SkinPtr skin) { (void)skin; InterfaceCore::ThrowPureVirtualCall(); }
+    virtual bool SetSkin(ResourceName name) {
+        (void)name;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
+    virtual bool SetSkin(SkinPtr skin) {
+        (void)skin;
+        InterfaceCore::ThrowPureVirtualCall();
+    }
     virtual SkinPtr GetSkin() { InterfaceCore::ThrowPureVirtualCall(); }
     // The current skin's name, or "". Not overridden.
     virtual std::wstring GetSkinName();
 
-    virtual ExtraParamsProviderPtr GetExtraParamsProvider() { InterfaceCore::ThrowPureVirtualCall(); }
+    virtual ExtraParamsProviderPtr GetExtraParamsProvider() {
+        InterfaceCore::ThrowPureVirtualCall();
+    }
 
     // Told of language and skin changes; empty in this system, but delivered to.
     Synchronization::ObserverList<IManagerListener> changeListeners;

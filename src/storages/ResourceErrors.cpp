@@ -10,7 +10,7 @@ const char* error_category::name() const noexcept {
 
 std::string error_category::message(int code) const {
     static constexpr std::array<const char*, 7> kNames = {
-        "None",     "ResourceNotFound",    "InvalidResourceID", "InvalidResourceName",
+        "None",         "ResourceNotFound",    "InvalidResourceID", "InvalidResourceName",
         "NotSupported", "InvalidStorageState", "InvalidResource"};
     if (code < 0 || code >= int(kNames.size())) code = 0;
     return kNames[code];
@@ -35,10 +35,18 @@ const char* error_category::name() const noexcept {
 }
 
 std::string error_category::message(int code) const {
-    static constexpr std::array<const char*, 12> kNames = {
-        "None",          "NullPointer",        "DriverAlreadyRegistered", "InvalidMarker",
-        "DriversNotRegistered", "InvalidPath", "ItemIsNotGroup",          "ItemIsGroup",
-        "InvalidSource", "InvalidAccessMode",  "ItemNotFound",            "IncompatibleDriver"};
+    static constexpr std::array<const char*, 12> kNames = {"None",
+                                                           "NullPointer",
+                                                           "DriverAlreadyRegistered",
+                                                           "InvalidMarker",
+                                                           "DriversNotRegistered",
+                                                           "InvalidPath",
+                                                           "ItemIsNotGroup",
+                                                           "ItemIsGroup",
+                                                           "InvalidSource",
+                                                           "InvalidAccessMode",
+                                                           "ItemNotFound",
+                                                           "IncompatibleDriver"};
     if (code < 0 || code >= int(kNames.size())) code = 0;
     return kNames[code];
 }

@@ -29,9 +29,15 @@ using COLORREF = uint32_t;
 constexpr COLORREF MakeColor(uint8_t red, uint8_t green, uint8_t blue) {
     return red | (uint32_t(green) << 8) | (uint32_t(blue) << 16);
 }
-constexpr uint8_t RedOf(COLORREF c) { return c & 0xFF; }
-constexpr uint8_t GreenOf(COLORREF c) { return (c >> 8) & 0xFF; }
-constexpr uint8_t BlueOf(COLORREF c) { return (c >> 16) & 0xFF; }
+constexpr uint8_t RedOf(COLORREF c) {
+    return c & 0xFF;
+}
+constexpr uint8_t GreenOf(COLORREF c) {
+    return (c >> 8) & 0xFF;
+}
+constexpr uint8_t BlueOf(COLORREF c) {
+    return (c >> 16) & 0xFF;
+}
 
 // A binary resource: valid while the storage's cache holds it. Empty: null and 0.
 struct ByteView {

@@ -71,7 +71,9 @@ TEST(TextConversion, Utf8AndWide) {
     EXPECT_EQ(Utf8ToWide(nullptr, 5), L"");
     // Ill-formed input becomes U+FFFD instead of failing: a stray continuation byte, a
     // truncated sequence, an overlong form and an encoded surrogate.
-    EXPECT_EQ(Utf8ToWide("a\x80" "b"), L"a\uFFFDb");
+    EXPECT_EQ(Utf8ToWide("a\x80"
+                         "b"),
+              L"a\uFFFDb");
     EXPECT_EQ(Utf8ToWide("\xE2\x82"), L"\uFFFD");
     EXPECT_EQ(Utf8ToWide("\xC0\xAF"), L"\uFFFD\uFFFD");
     EXPECT_EQ(Utf8ToWide("\xED\xA0\x80"), L"\uFFFD\uFFFD\uFFFD");

@@ -45,12 +45,15 @@ TEST(Checks, InstalledSinkThrowsOnlyForErrorLevel) {
 
 TEST_F(ReportingTest, ChecksReportTheirSourceTextAtTheirLevel) {
     int evaluations = 0;
-    auto fail = [&] { ++evaluations; return false; };
+    auto fail = [&] {
+        ++evaluations;
+        return false;
+    };
     int* pExtra = nullptr;
     auto CreateThing = [](int, int*, const char*) { return 0; };
 
     CHECK_WARNING(fail());
-    CHECK_GUARDED(CreateThing(0,&evaluations,"a, b"), fail());
+    CHECK_GUARDED(CreateThing(0, &evaluations, "a, b"), fail());
     CHECK_DEBUG(pExtra);
     CHECK_WARNING(true);
 
@@ -58,8 +61,9 @@ TEST_F(ReportingTest, ChecksReportTheirSourceTextAtTheirLevel) {
     ASSERT_EQ(sink.reports.size(), 2u) << "debug checks and passing checks report nothing";
     EXPECT_EQ(sink.reports[0].first, L"Code 0x80004005: Unspecified error ((fail()))");
     EXPECT_EQ(sink.reports[0].second, Reporting::Warning);
-    EXPECT_EQ(sink.reports[1].first,
-              L"Code 0x80004005: Unspecified error ((CreateThing(0,&evaluations,\"a, b\"), fail()))");
+    EXPECT_EQ(
+        sink.reports[1].first,
+        L"Code 0x80004005: Unspecified error ((CreateThing(0,&evaluations,\"a, b\"), fail()))");
     EXPECT_EQ(sink.reports[1].second, Reporting::GuardedError);
 }
 

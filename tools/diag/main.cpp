@@ -22,7 +22,9 @@ Registration::Registration(std::string name, Installer install) {
     Commands().emplace(std::move(name), std::move(install));
 }
 
-void SetExitCode(int code) { exitCode = code; }
+void SetExitCode(int code) {
+    exitCode = code;
+}
 
 }  // namespace DiagCommands
 

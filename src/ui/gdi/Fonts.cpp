@@ -10,8 +10,8 @@
 #include <QString>
 
 #include <algorithm>
-#include <memory>
 #include <cmath>
+#include <memory>
 
 #include "ui/gdi/Images.h"
 

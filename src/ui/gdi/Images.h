@@ -66,8 +66,8 @@ SharedIcon LoadIconFromFile(const std::wstring& path, int32_t cx, int32_t cy);
 // Group icon `id` (or `name`) of a module (empty path: the running executable), sized as
 // LoadIconFromFile.
 SharedIcon LoadIconFromModule(const std::wstring& modulePath, uint32_t id, int32_t cx, int32_t cy);
-SharedIcon LoadIconFromModule(const std::wstring& modulePath, const std::wstring& name,
-                              int32_t cx, int32_t cy);
+SharedIcon LoadIconFromModule(const std::wstring& modulePath, const std::wstring& name, int32_t cx,
+                              int32_t cy);
 // Icon `index` of "file,index": a group icon of a .res, ELF or PE file, or an image of an
 // .ico file; the large (32 x 32) or the small (16 x 16) form.
 SharedIcon ExtractIconFromFile(const std::wstring& file, uint32_t index, bool large);
