@@ -53,7 +53,10 @@ TEST_F(ReportingTest, ChecksReportTheirSourceTextAtTheirLevel) {
     auto CreateThing = [](int, int*, const char*) { return 0; };
 
     CHECK_WARNING(fail());
-    CHECK_GUARDED(CreateThing(0, &evaluations, "a, b"), fail());
+    // The text is the source as written, spacing included.
+    // clang-format off
+    CHECK_GUARDED(CreateThing(0,&evaluations,"a, b"), fail());
+    // clang-format on
     CHECK_DEBUG(pExtra);
     CHECK_WARNING(true);
 
