@@ -62,12 +62,8 @@ BitmapHandle FileStorage::LoadBitmapByName(ResourceName name, bool premultiplyAl
 }
 
 BitmapHandle FileStorage::LoadBitmapById(int32_t id, bool premultiplyAlpha, Error* error) {
-    Error failure;
-    const std::wstring name = ResolveResourceName(id, ResourceType_Bitmap, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return {};
-    }
+    const std::wstring name = ResolveResourceName(id, ResourceType_Bitmap, error);
+    if (*error) return {};
     return LoadBitmapByName(NameRef(name), premultiplyAlpha, error);
 }
 
@@ -86,12 +82,8 @@ IconHandle FileStorage::LoadIconByName(ResourceName name, int32_t width, int32_t
 }
 
 IconHandle FileStorage::LoadIconById(int32_t id, int32_t width, int32_t height, Error* error) {
-    Error failure;
-    const std::wstring name = ResolveResourceName(id, ResourceType_Icon, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return {};
-    }
+    const std::wstring name = ResolveResourceName(id, ResourceType_Icon, error);
+    if (*error) return {};
     return LoadIconByName(NameRef(name), width, height, error);
 }
 
@@ -101,12 +93,8 @@ void FileStorage::LoadBinaryByName(ResourceName name, std::vector<uint8_t>& data
 }
 
 void FileStorage::LoadBinaryById(int32_t id, std::vector<uint8_t>& data, Error* error) {
-    Error failure;
-    const std::wstring name = ResolveResourceName(id, ResourceType_Binary, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return;
-    }
+    const std::wstring name = ResolveResourceName(id, ResourceType_Binary, error);
+    if (*error) return;
     LoadBinaryByName(NameRef(name), data, error);
 }
 

@@ -174,12 +174,8 @@ std::wstring XmlStorage::LoadStringByName(ResourceName name, Error* error) {
 }
 
 std::wstring XmlStorage::LoadStringById(int32_t id, Error* error) {
-    Error failure;
-    const std::wstring name = NameForId(id, ResourceType_String, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return {};
-    }
+    const std::wstring name = NameForId(id, ResourceType_String, error);
+    if (*error) return {};
     return LoadStringByName(NameRef(name), error);
 }
 
@@ -197,12 +193,8 @@ BitmapHandle XmlStorage::LoadBitmapByName(ResourceName name, bool premultiplyAlp
 }
 
 BitmapHandle XmlStorage::LoadBitmapById(int32_t id, bool premultiplyAlpha, Error* error) {
-    Error failure;
-    const std::wstring name = NameForId(id, ResourceType_Bitmap, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return {};
-    }
+    const std::wstring name = NameForId(id, ResourceType_Bitmap, error);
+    if (*error) return {};
     return LoadBitmapByName(NameRef(name), premultiplyAlpha, error);
 }
 
@@ -221,12 +213,8 @@ IconHandle XmlStorage::LoadIconByName(ResourceName name, int32_t /*width*/, int3
 }
 
 IconHandle XmlStorage::LoadIconById(int32_t id, int32_t width, int32_t height, Error* error) {
-    Error failure;
-    const std::wstring name = NameForId(id, ResourceType_Icon, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return {};
-    }
+    const std::wstring name = NameForId(id, ResourceType_Icon, error);
+    if (*error) return {};
     return LoadIconByName(NameRef(name), width, height, error);
 }
 
@@ -239,12 +227,8 @@ void XmlStorage::LoadBinaryByName(ResourceName name, std::vector<uint8_t>& data,
 }
 
 void XmlStorage::LoadBinaryById(int32_t id, std::vector<uint8_t>& data, Error* error) {
-    Error failure;
-    const std::wstring name = NameForId(id, ResourceType_Binary, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return;
-    }
+    const std::wstring name = NameForId(id, ResourceType_Binary, error);
+    if (*error) return;
     LoadBinaryByName(NameRef(name), data, error);
 }
 
@@ -257,12 +241,8 @@ COLORREF XmlStorage::LoadColorByName(ResourceName name, Error* error) {
 }
 
 COLORREF XmlStorage::LoadColorById(int32_t id, Error* error) {
-    Error failure;
-    const std::wstring name = NameForId(id, ResourceType_Color, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return 0;
-    }
+    const std::wstring name = NameForId(id, ResourceType_Color, error);
+    if (*error) return 0;
     return LoadColorByName(NameRef(name), error);
 }
 
@@ -277,12 +257,8 @@ FontHandle XmlStorage::LoadFontByName(ResourceName name, Error* error) {
 }
 
 FontHandle XmlStorage::LoadFontById(int32_t id, Error* error) {
-    Error failure;
-    const std::wstring name = NameForId(id, ResourceType_Font, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return {};
-    }
+    const std::wstring name = NameForId(id, ResourceType_Font, error);
+    if (*error) return {};
     return LoadFontByName(NameRef(name), error);
 }
 
@@ -297,32 +273,21 @@ int32_t XmlStorage::LoadIntegerByName(ResourceName name, Error* error) {
 }
 
 int32_t XmlStorage::LoadIntegerById(int32_t id, Error* error) {
-    Error failure;
-    const std::wstring name = NameForId(id, ResourceType_Integer, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return 0;
-    }
+    const std::wstring name = NameForId(id, ResourceType_Integer, error);
+    if (*error) return 0;
     return LoadIntegerByName(NameRef(name), error);
 }
 
 std::wstring XmlStorage::LoadFilePath(int32_t id, uint32_t type, Error* error) {
-    Error failure;
-    const std::wstring name = NameForId(id, type, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return {};
-    }
+    const std::wstring name = NameForId(id, type, error);
+    if (*error) return {};
     std::wstring text;
     auto take = [&text](const Source& source, FileSystem::XmlNode element) {
         text = ReadValue(source, element);
         return true;
     };
-    const Source* pFoundInSource = FindResource(L"FilePath", NameRef(name), take, &failure);
-    if (failure) {
-        ReportError(error, failure);
-        return {};
-    }
+    const Source* pFoundInSource = FindResource(L"FilePath", NameRef(name), take, error);
+    if (*error) return {};
     CHECK_ERROR(pFoundInSource);
     // The path may be relative to any of the files, not only to the one that named it.
     text = WithSlashes(std::move(text));
