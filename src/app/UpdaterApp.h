@@ -53,7 +53,7 @@ public:
     static constexpr const wchar_t* kResourcesFolder = L"Resources/CommonDialogs";
 
     // The application resources, the process's engine and the Qt user interface (a
-    // UI::GuiSession must exist while start-up runs).
+    // CommonGuiLib::GuiSession must exist while start-up runs).
     static Services DefaultServices();
 
     // `configuration` must outlive the application object.

@@ -3,7 +3,7 @@
 #include "storages/ResourceErrors.h"
 #include "storages/internal/ResourceFileNames.h"
 #include "system/FileHelpers.h"
-#include "ui/gdi/Images.h"
+#include "graphics/Images.h"
 
 namespace ResourceLib {
 

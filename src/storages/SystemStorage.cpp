@@ -5,8 +5,8 @@
 
 #include "storages/ResourceErrors.h"
 #include "storages/SystemColors.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/Images.h"
+#include "graphics/SystemMetrics.h"
 
 namespace ResourceLib {
 

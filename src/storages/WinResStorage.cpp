@@ -5,7 +5,7 @@
 #include "storages/ResourceErrors.h"
 #include "system/Language.h"
 #include "system/ModuleResources.h"
-#include "ui/gdi/Images.h"
+#include "graphics/Images.h"
 
 namespace ResourceLib {
 

@@ -12,8 +12,8 @@
 #include "storages/internal/FontText.h"
 #include "storages/internal/ResourceFileNames.h"
 #include "system/FileHelpers.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/Images.h"
+#include "graphics/SystemMetrics.h"
 
 namespace ResourceLib {
 

@@ -20,7 +20,7 @@
 
 #include "foundation/Check.h"
 #include "system/ShellHelpers.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/SystemMetrics.h"
 
 namespace {
 

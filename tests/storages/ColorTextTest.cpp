@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "storages/internal/FontText.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/SystemMetrics.h"
 
 using namespace ResourceLib;
 

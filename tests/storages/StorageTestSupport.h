@@ -14,7 +14,7 @@
 #include "resourcelib/ManagerImpl.h"
 #include "storages/ResourceErrors.h"
 #include "support/TestFiles.h"
-#include "ui/gdi/GdiFixtures.h"
+#include "graphics/GdiFixtures.h"
 
 namespace StorageTests {
 

@@ -4,7 +4,7 @@
 
 #include "StorageTestSupport.h"
 #include "system/Language.h"
-#include "ui/gdi/Images.h"
+#include "graphics/Images.h"
 
 using namespace ResourceLib;
 using StorageTests::ErrorOf;

@@ -13,7 +13,7 @@
 #include "UiTestApplication.h"
 #include "support/RecordingSink.h"
 #include "ui/Label.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/SystemMetrics.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "storages/SystemColors.h"
 #include "storages/internal/DecimalText.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/SystemMetrics.h"
 
 namespace ResourceLib::internal {
 

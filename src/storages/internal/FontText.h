@@ -12,7 +12,7 @@
 #include <string_view>
 
 #include "storages/ResourceTypes.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/SystemMetrics.h"
 
 namespace ResourceLib::internal {
 

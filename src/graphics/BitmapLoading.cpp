@@ -7,8 +7,8 @@
 #include "platform/ResourceImage.h"
 #include "system/FileHelpers.h"
 #include "system/ModuleResources.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/internal/QtImages.h"
+#include "graphics/Images.h"
+#include "graphics/internal/QtImages.h"
 
 namespace CommonGuiLib {
 

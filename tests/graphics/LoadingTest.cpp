@@ -4,7 +4,7 @@
 
 #include "GdiFixtures.h"
 #include "support/TestFiles.h"
-#include "ui/gdi/Images.h"
+#include "graphics/Images.h"
 
 namespace CommonGuiLib {
 namespace {

@@ -8,9 +8,9 @@
 #include <tuple>
 
 #include "platform/Environment.h"
-#include "ui/gdi/GuiSession.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/GuiSession.h"
+#include "graphics/Images.h"
+#include "graphics/SystemMetrics.h"
 
 namespace CommonGuiLib {
 namespace {
