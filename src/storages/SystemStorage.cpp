@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <string>
 
-#include "storages/ResourceErrors.h"
-#include "storages/SystemColors.h"
 #include "graphics/Images.h"
 #include "graphics/SystemMetrics.h"
+#include "storages/ResourceErrors.h"
+#include "storages/SystemColors.h"
 
 namespace ResourceLib {
 

@@ -19,8 +19,8 @@
 #include <utility>
 
 #include "foundation/Check.h"
-#include "system/ShellHelpers.h"
 #include "graphics/SystemMetrics.h"
+#include "system/ShellHelpers.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 
 #include <tuple>
 
-#include "platform/Environment.h"
 #include "graphics/GuiSession.h"
 #include "graphics/Images.h"
 #include "graphics/SystemMetrics.h"
+#include "platform/Environment.h"
 
 namespace CommonGuiLib {
 namespace {

@@ -3,8 +3,8 @@
 #include <QImage>
 
 #include "GdiFixtures.h"
-#include "support/TestFiles.h"
 #include "graphics/Images.h"
+#include "support/TestFiles.h"
 
 namespace CommonGuiLib {
 namespace {

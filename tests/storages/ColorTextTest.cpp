@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "storages/internal/FontText.h"
 #include "graphics/SystemMetrics.h"
+#include "storages/internal/FontText.h"
 
 using namespace ResourceLib;
 

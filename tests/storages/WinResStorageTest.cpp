@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "StorageTestSupport.h"
-#include "system/Language.h"
 #include "graphics/Images.h"
+#include "system/Language.h"
 
 using namespace ResourceLib;
 using StorageTests::ErrorOf;

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "graphics/SystemMetrics.h"
 #include "storages/SystemColors.h"
 #include "storages/internal/DecimalText.h"
-#include "graphics/SystemMetrics.h"
 
 namespace ResourceLib::internal {
 

@@ -11,8 +11,8 @@
 
 #include <string_view>
 
-#include "storages/ResourceTypes.h"
 #include "graphics/SystemMetrics.h"
+#include "storages/ResourceTypes.h"
 
 namespace ResourceLib::internal {
 
