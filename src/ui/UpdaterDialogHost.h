@@ -51,9 +51,10 @@ std::wstring ApplicationText(AppResources::StringID id);
 // per process, and the image helpers' session then finds and uses this one.
 class GuiSession {
 public:
-    // argc and argv must outlive the session (Qt keeps them). Qt ends the process when no
-    // display can be opened, as every Qt program does.
-    GuiSession(int& argc, char** argv);
+    // `programPath` is argv[0]. No other argument reaches Qt: the command line is the
+    // updater's (Qt still reads its environment, such as QT_QPA_PLATFORM). Qt ends the
+    // process when no display can be opened, as every Qt program does.
+    explicit GuiSession(const char* programPath);
     ~GuiSession();
     GuiSession(const GuiSession&) = delete;
     GuiSession& operator=(const GuiSession&) = delete;

@@ -6,7 +6,7 @@
 #include "ui/UpdaterDialogHost.h"
 
 int main(int argc, char** argv) {
-    UI::GuiSession gui(argc, argv);
+    UI::GuiSession gui(argc > 0 ? argv[0] : nullptr);
     CUpdaterApp app(GetProductConfiguration(), CUpdaterApp::DefaultServices());
     app.InitInstance();
     const int exitCode = app.ExitInstance();

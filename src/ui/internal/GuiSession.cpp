@@ -3,6 +3,7 @@
 #include <QMessageBox>
 #include <QString>
 
+#include <string>
 #include <vector>
 
 #include "system/FileHelpers.h"
@@ -12,11 +13,20 @@
 namespace UI {
 
 struct GuiSession::Impl {
-    Impl(int& argc, char** argv) : application(argc, argv) {}
+    explicit Impl(const char* programPath)
+        : program(programPath != nullptr ? programPath : ""),
+          argv{program.data(), nullptr},
+          application(argc, argv) {}
+    // Qt reads its own options ("-platform", "-reverse", "-style", ...) from the arguments
+    // it is given and may end the process over them; the updater's arguments are its own,
+    // so Qt sees the program's path alone.
+    std::string program;
+    int argc = 1;
+    char* argv[2];
     QApplication application;
 };
 
-GuiSession::GuiSession(int& argc, char** argv) : impl(std::make_unique<Impl>(argc, argv)) {}
+GuiSession::GuiSession(const char* programPath) : impl(std::make_unique<Impl>(programPath)) {}
 
 GuiSession::~GuiSession() = default;
 
