@@ -50,9 +50,13 @@ bool UpdateEngine::CloseRunningProduct(uint32_t timeoutMs) {
         // The kill is delivered at once, but the process needs a moment to go.
         if (gone) product.Wait(5000);
     }
+    // The signal is for this product only: whatever the outcome, none may wait for a
+    // product started later, which would exit at once. A signal the product did not take
+    // is taken back; and once no product runs, the name goes too, so the next start makes
+    // a fresh event. A product that could not be ended keeps the name it waits on.
+    exitEvent.Wait(0);
     exitEvent.Close();
-    // A signal the product never took would make its next start exit at once.
-    if (gone) Platform::NamedEvent::Remove(eventName);
+    if (gone || !product.IsValid()) Platform::NamedEvent::Remove(eventName);
     return gone;
 }
 

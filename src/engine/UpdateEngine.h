@@ -7,8 +7,8 @@
 // until rounds in flight have ended, so that none reaches it after it returned.
 //
 // Thread safety: construction, Start, Cancel, destruction and the product operations on
-// the controlling (user-interface) thread; AddListener, RemoveListener and the getters from
-// any thread.
+// the controlling thread (Cancel may run on a helper thread while the controlling thread
+// only reads the getters); AddListener, RemoveListener and the getters from any thread.
 #pragma once
 
 #include <cstdint>
@@ -30,7 +30,8 @@ public:
     explicit UpdateEngine(ProductSettings settings, std::wstring setupFilePath = {});
     UpdateEngine(const UpdateEngine&) = delete;
     UpdateEngine& operator=(const UpdateEngine&) = delete;
-    // Cancels the update (ending a setup still running) before anything is released.
+    // Cancels the update (waiting for a running setup, then ending it if it still runs)
+    // before anything is released.
     ~UpdateEngine();
 
     // False when the observer is registered already.
@@ -41,7 +42,7 @@ public:
     // Starts the worker thread; false when it cannot be started or already runs.
     bool Start();
     // Cancels the update (see UpdateWorker::Cancel); blocks until the worker thread has
-    // ended. Always true.
+    // ended, which lets a running setup finish first. Always true.
     bool Cancel();
 
     UpdateState GetState() const { return worker.GetState(); }
@@ -58,6 +59,7 @@ public:
     // it when it does not. True when the product is gone; false when it could not be ended,
     // and also when none was running (there was nothing to open). Throws std::bad_alloc or
     // ErrorHandling::ComError (carrying the error) when the exit event cannot be created.
+    // Whatever the result, no exit signal is left waiting for a product started later.
     bool CloseRunningProduct(uint32_t timeoutMs);
     // Opens the installed product's executable (install path joined with the executable
     // name); true when it was started.

@@ -74,10 +74,11 @@ bool UpdateWorker::Download() {
 bool UpdateWorker::Install() {
     setupProcess->Start(setupFilePath, silent ? kSilentSetupArguments : L"");
     if (!setupProcess->HasHandle()) return false;
-    // Besides the time limit, the wait ends on a stop request: a cancel then ends the
-    // setup at once instead of waiting for it (without limit in a non-silent run).
+    // A stop request does not end this wait: a cancel lets the setup finish its work
+    // (within the limit of a silent run), since a half-installed product is worse than a
+    // late cancel. Only then does the cancel end a setup that is still running.
     const uint32_t limit = silent ? SilentSetupTimeoutMs() : ThreadLib::kInfinite;
-    if (setupProcess->Wait(limit, &stopRequested) != SetupProcess::WaitResult::Ended) return false;
+    if (!setupProcess->Wait(limit)) return false;
     // The setup's exit code is not examined: any ending counts as an installation.
     System::DeleteWithShell(setupFilePath, false);
     return true;

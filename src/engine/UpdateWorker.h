@@ -53,10 +53,12 @@ public:
     // Stores the state and reports it, unless it is the current one.
     void SetState(UpdateState newState);
 
-    // Stops the update: from now on the download gives up at the next block; a run under way
-    // is stopped and waited for, a running setup ended, and the state becomes Finished with
-    // the failed flag. Before the run has begun, or after it has finished, only the flag is
-    // set. Blocks until the worker thread has ended.
+    // Stops the update: from now on the download gives up at once; a run under way is
+    // stopped and waited for, and the state becomes Finished with the failed flag. A setup
+    // that runs is not interrupted: the run waits for it (at most the silent limit, else
+    // without limit), and only a setup still running after that is ended. Before the run
+    // has begun, or after it has finished, only the flag is set. Blocks until the worker
+    // thread has ended, so a user interface calls it off its own thread.
     void Cancel();
 
     // The stages, called by Run on the worker thread.

@@ -1,7 +1,9 @@
 // STLHelpers::exception_ex: an exception whose message lives in a fixed buffer inside the
 // object, so that building, copying and throwing it never allocate. The message is written
-// with operator<< (narrow text as it is, wide text converted to UTF-8, numbers in decimal);
-// whatever does not fit in Capacity - 1 bytes is dropped without error.
+// with operator<< (narrow text as it is, wide text converted to UTF-8, numbers in decimal).
+// The message is always a prefix of what was written: once a piece does not fit in
+// Capacity - 1 bytes, it is cut before the first character that does not fit whole, and
+// everything written later is dropped too, without error.
 //
 // Thread safety: a plain value; one object must not be written from two threads at once.
 #pragma once
@@ -29,12 +31,15 @@ public:
     exception_ex(const exception_ex& other) noexcept : std::exception(other) {
         m_buffer[0] = '\0';
         AppendNarrow(other.what());
+        m_full = other.m_full;
     }
     exception_ex& operator=(const exception_ex& other) noexcept {
         if (this != &other) {
             m_used = 0;
             m_buffer[0] = '\0';
+            m_full = false;
             AppendNarrow(other.what());
+            m_full = other.m_full;
         }
         return *this;
     }
@@ -43,15 +48,29 @@ public:
     const char* what() const noexcept override { return m_buffer; }
 
     void AppendNarrow(std::string_view text) noexcept {
+        if (m_full) return;
         const std::size_t room = Capacity - 1 - m_used;
-        const std::size_t n = text.size() < room ? text.size() : room;
+        std::size_t n = text.size();
+        if (n > room) {
+            m_full = true;
+            n = room;
+            // The first dropped byte continues a sequence: drop the sequence's start too.
+            for (int back = 0;
+                 back < 3 && n > 0 && (static_cast<unsigned char>(text[n]) & 0xC0) == 0x80; ++back)
+                --n;
+        }
         std::memcpy(m_buffer + m_used, text.data(), n);
         m_used += n;
         m_buffer[m_used] = '\0';
     }
     void AppendWide(std::wstring_view text) noexcept {
-        for (wchar_t ch : text)
-            if (!AppendUtf8(ch, m_buffer, Capacity - 1, &m_used)) break;
+        if (m_full) return;
+        for (wchar_t ch : text) {
+            if (!AppendUtf8(ch, m_buffer, Capacity - 1, &m_used)) {
+                m_full = true;
+                break;
+            }
+        }
         m_buffer[m_used] = '\0';
     }
     template <std::integral N>
@@ -64,6 +83,7 @@ public:
 private:
     char m_buffer[Capacity];
     std::size_t m_used = 0;
+    bool m_full = false;  // something was cut: later pieces would leave a gap
 };
 
 namespace internal {

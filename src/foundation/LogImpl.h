@@ -14,8 +14,12 @@
 // Lines that cannot reach the log file yet (no configuration, a file that cannot be opened,
 // or deferred writing) are kept in the environment variable "Debugging_Log_DelayedData", up
 // to 1,048,576 characters, and written first once the file opens; a child process started
-// meanwhile inherits them. Files are opened lazily, created with their folders, appended to,
-// and kept open until the object is destroyed.
+// meanwhile inherits them as far as the system allows: Linux takes no environment entry
+// over 128 KiB, so a child receives the newest whole lines that fit (about 128 KiB of
+// them) and the older ones stay with this process only. Handing them over whole, through a
+// file, would leave a file behind for every child that never opens its log; a child that
+// could not start at all would be worse than one that misses old lines. Files are opened lazily,
+// created with their folders, appended to, and kept open until the object is destroyed.
 //
 // Thread safety: any thread. Each line is one append, so lines never interleave.
 #pragma once

@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <string>
+#include <utility>
 
 #include "platform/Environment.h"
 
@@ -12,8 +14,10 @@ namespace CommonGuiLib {
 // when the session supplies them.
 struct GuiSession::Application {
     explicit Application(bool offscreen) : ownArgc(offscreen ? 3 : 1), app(ownArgc, ownArgv) {}
-    Application(int& argc, char** argv) : app(argc, argv) {}
+    explicit Application(std::string programPath)
+        : program(std::move(programPath)), app(ownArgc, (ownArgv[0] = program.data(), ownArgv)) {}
 
+    std::string program;
     char name[8] = "lumetta";
     char platformOption[10] = "-platform";
     char platformName[10] = "offscreen";
@@ -40,9 +44,9 @@ GuiSession::GuiSession() {
     m_application = std::make_unique<Application>(offscreen);
 }
 
-GuiSession::GuiSession(int& argc, char** argv) {
+GuiSession::GuiSession(const char* programPath) {
     if (QCoreApplication::instance() != nullptr) return;
-    m_application = std::make_unique<Application>(argc, argv);
+    m_application = std::make_unique<Application>(programPath != nullptr ? programPath : "");
 }
 
 GuiSession::~GuiSession() = default;

@@ -21,10 +21,11 @@ public:
     // and no platform chosen through QT_QPA_PLATFORM, the application is made on the
     // "offscreen" platform. The environment is left unchanged.
     GuiSession();
-    // For a program's main(): Qt reads its own options from the command line. argc and argv
-    // must outlive the session (Qt keeps them). Qt ends the process when no display can be
-    // opened, as every Qt program does.
-    GuiSession(int& argc, char** argv);
+    // For a program's main(): `programPath` is argv[0]. No other argument reaches Qt, since
+    // the command line belongs to the program ("-platform" or "-reverse" there are its
+    // options' values, not Qt's); Qt still reads its environment, such as QT_QPA_PLATFORM.
+    // Qt ends the process when no display can be opened, as every Qt program does.
+    explicit GuiSession(const char* programPath);
     ~GuiSession();
     GuiSession(const GuiSession&) = delete;
     GuiSession& operator=(const GuiSession&) = delete;

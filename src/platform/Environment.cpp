@@ -44,10 +44,33 @@ uint32_t UnsetEnvironment(const std::string& name) {
 }
 
 std::vector<std::string> EnvironmentSnapshot() {
-    std::lock_guard guard(EnvironmentLock());
     std::vector<std::string> entries;
-    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
-        entries.emplace_back(*entry);
+    {
+        std::lock_guard guard(EnvironmentLock());
+        for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
+            entries.emplace_back(*entry);
+    }
+    // execve refuses the whole start when one entry is longer than the kernel takes. Such
+    // an entry keeps its newest lines that fit; one without a line break to cut at goes.
+    for (auto entry = entries.begin(); entry != entries.end();) {
+        if (entry->size() <= kMaxEnvironmentEntry) {
+            ++entry;
+            continue;
+        }
+        const std::size_t valueStart = entry->find('=') + 1;
+        if (valueStart >= kMaxEnvironmentEntry) {
+            entry = entries.erase(entry);
+            continue;
+        }
+        const std::size_t firstKept = entry->size() - (kMaxEnvironmentEntry - valueStart);
+        const std::size_t lineStart = entry->find('\n', firstKept - 1);
+        if (lineStart == std::string::npos || lineStart + 1 >= entry->size()) {
+            entry = entries.erase(entry);
+            continue;
+        }
+        entry->erase(valueStart, lineStart + 1 - valueStart);
+        ++entry;
+    }
     return entries;
 }
 

@@ -5,6 +5,7 @@
 // Names and values are UTF-8. Thread safety: any thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -22,8 +23,14 @@ uint32_t SetEnvironment(const std::string& name, const std::string& value);
 // Removes the variable; removing one that is not set succeeds. Returns 0 or a Win32 error.
 uint32_t UnsetEnvironment(const std::string& name);
 
+// The longest "NAME=value" entry the kernel passes to a new program (MAX_ARG_STRLEN,
+// 128 KiB with the terminating NUL); a longer one makes every start fail.
+inline constexpr std::size_t kMaxEnvironmentEntry = 128 * 1024 - 1;
+
 // A copy of the whole environment ("NAME=value" entries), taken under the lock; what a
-// started process receives.
+// started process receives. An entry longer than kMaxEnvironmentEntry keeps only the
+// newest lines of its value that fit (the lines after the first line break from which the
+// rest fits), and is left out when no such line break exists, so that the start succeeds.
 std::vector<std::string> EnvironmentSnapshot();
 
 }  // namespace Platform

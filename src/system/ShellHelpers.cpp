@@ -88,6 +88,21 @@ bool IsExecutableFile(const std::string& path) {
            ::access(path.c_str(), X_OK) == 0;
 }
 
+// Whether `target` begins with a URI scheme ("mailto:", "https:", ...): letters, digits,
+// '+', '-' and '.' after a first letter, then ':'. Such a text is an address for the
+// desktop's handler even when a file of that name lies in the current folder.
+bool IsAddress(const std::string& target) {
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    if (target.empty() || !isLetter(target[0])) return false;
+    for (std::size_t i = 1; i < target.size(); ++i) {
+        const char c = target[i];
+        if (c == ':') return true;
+        if (!isLetter(c) && !(c >= '0' && c <= '9') && c != '+' && c != '-' && c != '.')
+            return false;
+    }
+    return false;
+}
+
 // Hands `target` to xdg-open; true when it reports success.
 bool XdgOpen(const std::string& target) {
     int status = -1;
@@ -139,7 +154,7 @@ bool DeleteWithShell(std::wstring_view path, bool allowUndo) {
 bool ShellOpen(std::wstring_view file, std::wstring_view parameters, int /*showCommand*/) {
     if (file.empty()) return false;
     const std::string target = STLHelpers::WideToUtf8(file);
-    if (IsExecutableFile(target)) {
+    if (!IsAddress(target) && IsExecutableFile(target)) {
         std::vector<std::string> argv{target};
         for (const auto& argument : SplitArguments(parameters))
             argv.push_back(STLHelpers::WideToUtf8(argument));

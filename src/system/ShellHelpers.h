@@ -32,10 +32,11 @@ bool ShellFileOperation(uint32_t function, std::wstring_view from, std::wstring_
 bool DeleteWithShell(std::wstring_view path, bool allowUndo);
 
 // Opens `file`: an executable file is started directly and detached, with `parameters`
-// split by the Windows command-line rules; anything else (documents, folders, web
-// addresses) goes to xdg-open, and succeeds when xdg-open reports success. False for an
-// empty name, a missing xdg-open, or a document without a handler. `showCommand` has no
-// effect here: window placement is the desktop's.
+// split by the Windows command-line rules; anything else (documents, folders, addresses
+// such as "mailto:..." or "https://...", never taken for a file) goes to xdg-open, and
+// succeeds when xdg-open reports success. Either program gets only descriptors 0, 1 and
+// 2. False for an empty name, a missing xdg-open, or a document without a handler.
+// `showCommand` has no effect here: window placement is the desktop's.
 bool ShellOpen(std::wstring_view file, std::wstring_view parameters, int showCommand);
 
 // Opens a web address with the user's browser (through xdg-open). An empty address is

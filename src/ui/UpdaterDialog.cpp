@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <climits>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include <QCloseEvent>
+#include <QEventLoop>
 #include <QMessageBox>
 #include <QMetaObject>
 #include <QPixmap>
@@ -114,7 +116,9 @@ void CUpdaterDlg::OnInitDialog() {
 }
 
 void CUpdaterDlg::OnUpdateState() {
-    if (m_failureBoxOpen) return;
+    // After a cancel the window only waits for the worker and goes: the end it reports
+    // offers nothing (no failure box, no launch button).
+    if (m_failureBoxOpen || m_cancelled) return;
     Engine::UpdateEngine& engine = *context.engine;
     if (engine.IsFailed() && !m_cancelled) {
         ReportFailure();
@@ -170,9 +174,26 @@ void CUpdaterDlg::ReportFailure() {
 }
 
 void CUpdaterDlg::reject() {
+    // Esc or the close box while a cancel waits: that cancel is under way already.
+    if (m_cancelled) return;
     m_cancelled = true;
-    context.engine->Cancel();
+    cancelButton->setEnabled(false);
+    WaitForCancel();
     QDialog::reject();
+}
+
+void CUpdaterDlg::WaitForCancel() {
+    // The cancel blocks until the worker has ended, and the worker lets a running setup
+    // finish first, which may take minutes. It therefore waits on a thread of its own while
+    // this thread keeps the window painted and answering.
+    QEventLoop loop;
+    std::thread canceller([this, &loop] {
+        context.engine->Cancel();
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    // The queued quit is delivered inside exec, however early the cancel returns.
+    loop.exec();
+    canceller.join();
 }
 
 void CUpdaterDlg::closeEvent(QCloseEvent* event) {

@@ -39,8 +39,10 @@ public:
     void OnStateChanged() override;
     void OnProgress() override;
 
-    // Esc, the cancel button and the close box once finished: cancels the update (blocking
-    // until the worker has ended) and ends the dialog.
+    // Esc, the cancel button and the close box once finished: cancels the update and ends
+    // the dialog once the worker has ended (a running setup is let finish first). The
+    // window keeps painting while it waits; the cancel button is disabled, and a second
+    // request is ignored.
     void reject() override;
 
     // The handlers of the queued events. Public for tests that drive the dialog directly.
@@ -63,6 +65,7 @@ private:
     std::wstring Text(AppResources::StringID id) const;
     std::wstring ExpandedText(AppResources::StringID id) const;
     void ReportFailure();
+    void WaitForCancel();
     void RunDemoAids();
 
     UI::UpdaterDialogContext context;

@@ -5,9 +5,13 @@
 
 #include <csignal>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include <QColor>
+#include <QImage>
 
 #include "TestHarness.h"
 
@@ -32,10 +36,13 @@ TEST(UpdaterExecutable, UpdatesTheRunningProductAndRelaunchesIt) {
     ASSERT_TRUE(running.Start({old.File(exe), "--name", product, "--marker", work.File("old")}));
     ASSERT_TRUE(WaitForText(work.File("old"), "started"));
 
+    // Options of Qt among the values: the command line is the updater's alone, so neither
+    // "-platform" (which would end the program) nor "-reverse" (which would mirror the
+    // window) reaches Qt.
     ChildProcess updater;
     ASSERT_TRUE(updater.Start(
-        {LUMETTA_UPDATER, "/productName", product, "/productExecutable", exe, "/downloadURL",
-         "127.0.0.1/setup.exe"},
+        {LUMETTA_UPDATER, "/productName", product, "/componentName", "-platform", "/bundleName",
+         "-reverse", "/productExecutable", exe, "/downloadURL", "127.0.0.1/setup.exe"},
         {"QT_QPA_PLATFORM=offscreen", "LUMETTA_DEMO_AUTOLAUNCH=1",
          "LUMETTA_SCREENSHOT=" + work.File("dialog.png"), "XDG_RUNTIME_DIR=" + work.Path(),
          "TMPDIR=" + temp.Path(), "LUMETTA_REGISTRY_DIR=" + registry.Path(),
@@ -52,7 +59,18 @@ TEST(UpdaterExecutable, UpdatesTheRunningProductAndRelaunchesIt) {
     EXPECT_EQ(status, 0) << "by its exit event";
     EXPECT_EQ(ReadFile(work.File("install/" + exe)), ReadFile(LUMETTA_DEMO_PRODUCT));
     EXPECT_FALSE(Exists(temp.File("Update1.exe"))) << "the setup file is deleted";
-    EXPECT_EQ(ReadFile(work.File("dialog.png")).substr(0, 4), "\x89PNG");
+    // The status text is drawn from the left, as the dialog's template places it.
+    const QImage dialog(QString::fromStdString(work.File("dialog.png")));
+    ASSERT_FALSE(dialog.isNull());
+    int left = dialog.width(), right = -1;
+    for (int y = 0; y < dialog.height() / 2; ++y)
+        for (int x = dialog.width() / 8; x < dialog.width(); ++x)
+            if (QColor(dialog.pixel(x, y)).lightness() < 96) {
+                left = std::min(left, x);
+                right = std::max(right, x);
+            }
+    ASSERT_GE(right, left) << "no status text drawn";
+    EXPECT_LT(left + right, dialog.width()) << "the text leans right: the window is mirrored";
     // "Launch" started the installed product, which now waits on its exit event.
     ASSERT_TRUE(WaitForText(work.File("launched"), "started"));
     const std::string line = ReadFile(work.File("launched"));

@@ -13,12 +13,16 @@ std::unique_ptr<TestHarness::HttpServers> EngineTest::servers;
 
 void EngineTest::SetUpTestSuite() {
     root = std::make_unique<TestHarness::TempFolder>();
-    // Setup programs as scripts: one records its arguments, one never ends.
+    // Setup programs as scripts: one records its arguments, one never ends, one works for
+    // a second and then leaves a mark.
     TestHarness::WriteFile(
         root->File("setup-ok.sh"),
         "#!/bin/sh\nfor a in \"$@\"; do echo \"$a\"; done > \"$ENGINE_TEST_ARGS\"\nexit 3\n");
     TestHarness::WriteFile(root->File("setup-hang.sh"),
                            "#!/bin/sh\necho $$ > \"$ENGINE_TEST_ARGS\"\nexec sleep 600\n");
+    TestHarness::WriteFile(root->File("setup-slow.sh"),
+                           "#!/bin/sh\necho $$ > \"$ENGINE_TEST_ARGS\"\nsleep 1\n"
+                           "echo done > \"$ENGINE_TEST_ARGS.done\"\n");
     ::chmod(root->Path().c_str(), 0755);
     servers = std::make_unique<TestHarness::HttpServers>(root->Path());
 }

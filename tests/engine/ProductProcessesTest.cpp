@@ -50,6 +50,9 @@ TEST_F(ProductTest, AProductIsAskedToExitAndEndedWhenItDoesNot) {
     const std::string politeMarker = folder.File("polite"),
                       stubbornMarker = folder.File("stubborn");
     ASSERT_TRUE(StartProduct(polite, politeMarker, false));
+    // The call that found nothing left no signal behind for a product started after it.
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ASSERT_TRUE(polite.IsRunning()) << "a stale exit signal ended the next start";
     ASSERT_TRUE(StartProduct(stubborn, stubbornMarker, true));
     const pid_t first = std::min(polite.Pid(), stubborn.Pid());
     EXPECT_EQ(engine.FindProductProcessId(), static_cast<uint32_t>(first));

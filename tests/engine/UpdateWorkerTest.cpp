@@ -118,8 +118,8 @@ TEST_F(EngineTest, CancelWhileDownloadingStopsAtOnce) {
     EXPECT_EQ(ReadFile(folder.File("Update1.exe")).size(), 10000u);
 }
 
-TEST_F(EngineTest, CancelWhileInstallingEndsTheSetup) {
-    Engine::UpdateEngine engine(Settings(L"http://127.0.0.1/setup-hang.sh"));
+TEST_F(EngineTest, CancelWhileInstallingLetsTheSetupFinish) {
+    Engine::UpdateEngine engine(Settings(L"http://127.0.0.1/setup-slow.sh"));
     Observer observer(engine);
     engine.AddListener(&observer);
     ASSERT_TRUE(engine.Start());
@@ -127,16 +127,14 @@ TEST_F(EngineTest, CancelWhileInstallingEndsTheSetup) {
     // Installing is reported just before the setup starts.
     for (int i = 0; i < 2000 && ReadFile(argumentsFile).empty(); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    const pid_t setup = static_cast<pid_t>(engine.GetWorker().GetSetupProcessId());
-    ASSERT_GT(setup, 0);
-    EXPECT_EQ(::kill(setup, 0), 0);
+    ASSERT_GT(engine.GetWorker().GetSetupProcessId(), 0u);
+    ASSERT_FALSE(Exists(argumentsFile + ".done"));
 
     engine.Cancel();
+    EXPECT_EQ(ReadFile(argumentsFile + ".done"), "done\n") << "the setup finished its work";
     EXPECT_EQ(engine.GetState(), Finished);
     EXPECT_TRUE(engine.IsFailed());
     EXPECT_EQ(observer.States(), (States{Connecting, Downloading, Installing, Finished}));
-    EXPECT_FALSE(StillAlive(setup)) << "the setup is ended";
-    EXPECT_TRUE(Exists(folder.File("Update1.exe"))) << "an unfinished setup is not deleted";
 }
 
 TEST_F(EngineTest, ASilentSetupThatOutlivesItsLimitKeepsRunningUntilTheEngineEnds) {
@@ -170,37 +168,6 @@ TEST_F(EngineTest, ObserversAreRegisteredOnceAndHearNothingAfterRemoval) {
     EXPECT_EQ(first.States(), (States{Connecting}));
     EXPECT_EQ(second.States(), (States{Connecting, Downloading}));
     EXPECT_TRUE(engine.AddListener(&first)) << "may come back";
-}
-
-// An observer that counts the events it hears after it was removed.
-struct LeavingObserver : Engine::IUpdateEvents {
-    void OnStateChanged() override { Check(); }
-    void OnProgress() override {
-        Check();
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    void Check() {
-        if (removed.load()) lateEvents.fetch_add(1);
-    }
-    std::atomic<bool> removed{false};
-    std::atomic<int> lateEvents{0};
-};
-
-TEST_F(EngineTest, RemovalWaitsForEventsInFlight) {
-    Engine::UpdateEngine engine(Settings(L"http://127.0.0.1/setup-ok.sh"), SetupPath());
-    LeavingObserver leaving;
-    engine.AddListener(&leaving);
-    std::atomic<bool> done{false};
-    std::thread producer([&] {
-        for (uint32_t n = 1; !done.load(); ++n) engine.GetWorker().OnWritten(n);
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_TRUE(engine.RemoveListener(&leaving));
-    leaving.removed = true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    done = true;
-    producer.join();
-    EXPECT_EQ(leaving.lateEvents.load(), 0);
 }
 
 TEST_F(EngineTest, APlantedLinkInTheTemporaryFolderIsNeverFollowed) {

@@ -42,17 +42,39 @@ TEST(ExceptionEx, KeepsAtMostCapacityMinusOneBytesWithoutAllocating) {
     EXPECT_STREQ(copy.what(), e.what());
 }
 
-TEST(ExceptionEx, WideTextIsUtf8AndNeverSplitAtTheEnd) {
-    ErrorException e;
-    e << L"\u00C4";
-    EXPECT_STREQ(e.what(), "\xC3\x84");
-
-    // 1022 bytes leave room for one more byte only: the two-byte character is dropped whole.
-    ErrorException full;
-    full << std::string(1022, 'a') << L"\u00C4" << "b";
-    const std::string text = full.what();
-    EXPECT_EQ(text.size(), 1023u);
-    EXPECT_EQ(text.back(), 'b');
+TEST(ExceptionEx, TheMessageIsAPrefixOfWhatWasWrittenCutBeforeAWholeCharacter) {
+    // Each piece is written in turn; the message is the longest prefix of their sum that
+    // fits 1023 bytes and ends on a whole UTF-8 character.
+    struct Case {
+        const char* name;
+        std::string head;   // narrow text written first
+        std::wstring wide;  // then wide text
+        std::string tail;   // then narrow text again
+        std::string expected;
+        bool cut = true;
+    };
+    const std::string a1022(1022, 'a'), a1021(1021, 'a');
+    const Case cases[] = {
+        {"fits", "x=", L"\u00C4", "!", "x=\xC3\x84!", false},
+        {"a wide character over the end ends the text", a1022, L"\u00C4", "b", a1022},
+        {"a narrow character over the end is not split", a1021, L"",
+         "\xE2\x82\xAC"
+         "b",
+         a1021},
+        {"a four-byte character over the end", a1021, L"", "\xF0\x9F\x98\x80", a1021},
+        {"exactly full, then more", std::string(1023, 'a'), L"z", "z", std::string(1023, 'a')},
+        {"a cut narrow piece stops later wide ones", a1022 + "bb", L"z", "", a1022 + "b"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ErrorException e;
+        e << std::string_view(c.head) << std::wstring_view(c.wide) << std::string_view(c.tail);
+        EXPECT_EQ(std::string(e.what()), c.expected);
+        // A copy is cut the same way: what is written to it later is dropped as well.
+        ErrorException copy(e);
+        copy << "more";
+        EXPECT_EQ(std::string(copy.what()), c.cut ? c.expected : c.expected + "more");
+    }
 
     ErrorException numbers;
     numbers << "n=" << -17 << ' ' << 4294967295u;

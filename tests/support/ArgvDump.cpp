@@ -1,5 +1,6 @@
 // Records how it was started, for the process tests: line 1 the working folder, then one
-// line "arg <length> <text>" per argument, then "fd <n>" for every open descriptor above 2.
+// line "arg <length> <text>" per argument, then "fd <n>" for every open descriptor above 2,
+// then "delayed <length> <first line>" when the log's delayed-data variable is set.
 // The file is written to "<LUMETTA_HELPER_OUT>.tmp" and renamed, so a reader never sees it
 // half-written.
 #include <dirent.h>
@@ -32,6 +33,11 @@ int main(int argc, char** argv) {
                     std::fprintf(file, "fd %d\n", fd);
             }
             ::closedir(fds);
+        }
+        if (const char* delayed = std::getenv("Debugging_Log_DelayedData")) {
+            const std::string value = delayed;
+            std::fprintf(file, "delayed %zu %s\n", value.size(),
+                         value.substr(0, value.find('\n')).c_str());
         }
         std::fclose(file);
         std::rename(temporary.c_str(), out);

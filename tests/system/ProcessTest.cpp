@@ -27,6 +27,7 @@ struct Recorded {
     std::string folder;
     std::vector<std::string> arguments;
     std::vector<int> descriptors;
+    std::string delayed;  // "<length> <first line>" of the log's delayed data, if any
 };
 
 class Processes : public ::testing::Test {
@@ -71,6 +72,8 @@ protected:
                 recorded.arguments.push_back(line.substr(line.find(' ', 4) + 1));
             else if (line.rfind("fd ", 0) == 0)
                 recorded.descriptors.push_back(std::stoi(line.substr(3)));
+            else if (line.rfind("delayed ", 0) == 0)
+                recorded.delayed = line.substr(8);
         }
         return recorded;
     }
@@ -117,6 +120,24 @@ TEST_F(Processes, ArgumentsArriveAsTheWindowsRulesSplitThem) {
     ASSERT_TRUE(quoted.Wait(60000));
     EXPECT_EQ(Read().arguments, (std::vector<std::string>{helper.string()}));
     EXPECT_EQ(Read().folder, (root / "with space").string());
+}
+
+TEST_F(Processes, AChildStartsWithTheNewestDelayedLogLinesWhateverTheLogHolds) {
+    // 300,000 bytes of delayed lines, far over the 128 KiB the kernel takes in one entry.
+    std::string delayed;
+    char line[16];
+    for (int i = 0; i < 25000; ++i) {
+        std::snprintf(line, sizeof line, "line %06d\n", i);
+        delayed += line;
+    }
+    System::SetEnvironmentValue(L"Debugging_Log_DelayedData", STLHelpers::Utf8ToWide(delayed));
+    ProcessInfo process = Start(LUMETTA_TEST_ARGV);
+    System::RemoveEnvironmentVariable(L"Debugging_Log_DelayedData");
+    ASSERT_TRUE(process.HasHandle()) << "the start failed";
+    ASSERT_TRUE(process.Wait(60000));
+    // The newest whole lines of 12 bytes beside "Debugging_Log_DelayedData=" and the NUL.
+    const std::size_t kept = (128 * 1024 - 1 - 26) / 12;
+    EXPECT_EQ(Read().delayed, std::to_string(kept * 12) + " line 0" + std::to_string(25000 - kept));
 }
 
 TEST_F(Processes, FailedStartsReportTheCheckAndGiveAnEmptyRecord) {

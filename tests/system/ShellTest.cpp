@@ -1,6 +1,8 @@
 #include "system/ShellHelpers.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -80,6 +82,36 @@ TEST_F(ShellFolder, ExecutablesStartDetachedWithSplitParameters) {
     WriteScript(folder_ / "broken.sh", "#!/nonexistent/interpreter\n");
     EXPECT_FALSE(System::ShellOpen(Wide(folder_ / "broken.sh"), L"", System::SW_SHOW));
     EXPECT_FALSE(fs::exists(folder_ / "xdg.log"));
+}
+
+TEST_F(ShellFolder, ChildrenGetOnlyTheStandardDescriptorsAndAddressesNeverRunAFile) {
+    // A descriptor without close-on-exec, as another part of the program may leave one.
+    const int leaked = ::dup2(::open("/dev/null", O_RDONLY), 77);
+    ASSERT_EQ(leaked, 77);
+    // Each program writes its first argument and whether it sees descriptor 77.
+    const auto recorder = [&](const fs::path& log) {
+        return "#!/bin/sh\nif [ -e /proc/$$/fd/77 ]; then s=open; else s=closed; fi\n"
+               "echo \"$1 $s\" >> \"" +
+               log.string() + ".tmp\"\nmv \"" + log.string() + ".tmp\" \"" + log.string() + "\"\n";
+    };
+    WriteScript(folder_ / "bin" / "xdg-open", recorder(folder_ / "xdg.log"));
+    WriteScript(folder_ / "tool.sh", recorder(folder_ / "tool.log"));
+    // An executable file named like the address, in the current folder.
+    WriteScript(folder_ / "mailto:someone@example.org", recorder(folder_ / "planted.log"));
+    const fs::path before = fs::current_path();
+    fs::current_path(folder_);
+
+    EXPECT_TRUE(System::ShellOpen(L"mailto:someone@example.org", L"", System::SW_SHOW));
+    EXPECT_TRUE(System::ShellOpen(Wide(folder_ / "tool.sh"), L"x", System::SW_SHOW));
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!fs::exists(folder_ / "tool.log") && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    fs::current_path(before);
+    ::close(leaked);
+
+    EXPECT_EQ(Read(folder_ / "xdg.log"), "mailto:someone@example.org closed\n");
+    EXPECT_EQ(Read(folder_ / "tool.log"), "x closed\n");
+    EXPECT_FALSE(fs::exists(folder_ / "planted.log")) << "the planted file ran";
 }
 
 TEST_F(ShellFolder, DeletePermanentlyOrIntoTheTrash) {

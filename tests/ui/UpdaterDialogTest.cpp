@@ -1,13 +1,17 @@
 // The progress dialog, offscreen, against a real engine whose worker the tests play
 // themselves (states and byte counts set directly), and once against a real failing update.
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include <QApplication>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -165,6 +169,44 @@ TEST_F(UpdaterDialogTest, CancelAsksTheEngineAndShowsNoBox) {
     SetState(Engine::Finished);
     dialog.OnUpdateState();
     EXPECT_TRUE(failures.empty());
+}
+
+// Holds the worker in its first event, as a long setup run holds it in Installing, until
+// released (or 20 s have passed).
+struct HoldingObserver : Engine::IUpdateEvents {
+    void OnStateChanged() override {
+        if (entered.exchange(true)) return;
+        for (int i = 0; i < 2000 && !released.load(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    void OnProgress() override {}
+    std::atomic<bool> entered{false}, released{false};
+};
+
+TEST_F(UpdaterDialogTest, CancelWaitsForTheWorkerWhileTheWindowKeepsWorking) {
+    HoldingObserver holder;
+    engine->AddListener(&holder);
+    CUpdaterDlg dialog(Context(/*startEngine=*/true));
+    dialog.open();
+    ASSERT_TRUE(WaitFor([&] { return holder.entered.load(); }));
+
+    // Runs only if the window's thread handles events while the cancel waits.
+    bool buttonEnabled = true, visible = false;
+    QTimer::singleShot(100, &dialog, [&] {
+        buttonEnabled = dialog.CancelButton()->isEnabled();
+        visible = dialog.isVisible();
+        dialog.reject();  // Esc meanwhile: ignored
+        holder.released = true;
+    });
+    dialog.CancelButton()->click();
+    EXPECT_TRUE(holder.released.load()) << "the window froze while the cancel waited";
+    EXPECT_FALSE(buttonEnabled);
+    EXPECT_TRUE(visible) << "the window stays until the worker has ended";
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(engine->GetState(), Engine::Finished);
+    EXPECT_TRUE(engine->IsFailed());
+    EXPECT_TRUE(failures.empty());
+    engine->RemoveListener(&holder);
 }
 
 }  // namespace

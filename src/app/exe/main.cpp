@@ -7,7 +7,7 @@
 #include "ui/UpdaterDialogHost.h"
 
 int main(int argc, char** argv) {
-    CommonGuiLib::GuiSession gui(argc, argv);
+    CommonGuiLib::GuiSession gui(argc > 0 ? argv[0] : nullptr);
     CUpdaterApp app(GetProductConfiguration(), CUpdaterApp::DefaultServices());
     app.InitInstance();
     const int exitCode = app.ExitInstance();

@@ -1,8 +1,5 @@
 #include "engine/internal/SetupProcess.h"
 
-#include <algorithm>
-#include <chrono>
-
 #include "system/ProcessInfo.h"
 #include "system/Processes.h"
 
@@ -25,23 +22,8 @@ bool SetupProcess::HasHandle() const {
     return state->process.HasHandle();
 }
 
-SetupProcess::WaitResult SetupProcess::Wait(uint32_t timeoutMs, const std::atomic<bool>* stop) {
-    if (!state->process.HasHandle()) return WaitResult::Failed;
-    // In steps, to look at the stop request between them.
-    constexpr int64_t kStepMs = 50;
-    const auto start = std::chrono::steady_clock::now();
-    for (;;) {
-        int64_t step = kStepMs;
-        if (timeoutMs != System::kInfinite) {
-            const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
-                                     std::chrono::steady_clock::now() - start)
-                                     .count();
-            step = std::clamp<int64_t>(static_cast<int64_t>(timeoutMs) - elapsed, 0, kStepMs);
-        }
-        if (state->process.Wait(static_cast<uint32_t>(step))) return WaitResult::Ended;
-        if (stop && stop->load()) return WaitResult::Stopped;
-        if (timeoutMs != System::kInfinite && step < kStepMs) return WaitResult::TimedOut;
-    }
+bool SetupProcess::Wait(uint32_t timeoutMs) {
+    return state->process.HasHandle() && state->process.Wait(timeoutMs);
 }
 
 void SetupProcess::Terminate() {

@@ -13,8 +13,6 @@ namespace Engine {
 
 class SetupProcess {
 public:
-    enum class WaitResult { Ended, TimedOut, Stopped, Failed };
-
     SetupProcess();
     ~SetupProcess();
 
@@ -24,9 +22,9 @@ public:
     bool HasHandle() const;
     uint32_t GetId() const { return id.load(); }
 
-    // Waits until the process ends, `timeoutMs` passes (0xFFFFFFFF: no limit) or `stop`
-    // becomes true (looked at every few milliseconds).
-    WaitResult Wait(uint32_t timeoutMs, const std::atomic<bool>* stop);
+    // Waits until the process ends (true) or `timeoutMs` passes (0xFFFFFFFF: no limit).
+    // False at once without a started process.
+    bool Wait(uint32_t timeoutMs);
 
     // Ends the process if it still runs; nothing without a started process.
     void Terminate();

@@ -47,6 +47,9 @@ uint32_t StartDetached(const std::vector<std::string>& argv) {
         ::setsid();
         const pid_t grandchild = ::fork();
         if (grandchild == 0) {
+            // Only 0, 1 and 2 reach the program; the report pipe closes on exec by itself.
+            if (report[1] > 3) ::close_range(3, static_cast<unsigned>(report[1]) - 1, 0);
+            ::close_range(static_cast<unsigned>(report[1]) + 1, ~0u, 0);
             ::execve(argp[0], argp.data(), envp.data());
             const int error = errno;
             (void)!::write(report[1], &error, sizeof(error));
@@ -104,8 +107,15 @@ uint32_t RunAndWait(const std::vector<std::string>& argv, int& exitStatus) {
         program = found;
     }
 
+    // Descriptors opened without close-on-exec elsewhere in the program must not reach the
+    // helper, nor what it starts in turn.
+    posix_spawn_file_actions_t actions;
+    if (posix_spawn_file_actions_init(&actions) != 0) return 8;
+    int rc = posix_spawn_file_actions_addclosefrom_np(&actions, 3);
     pid_t pid = 0;
-    const int rc = ::posix_spawn(&pid, program.c_str(), nullptr, nullptr, argp.data(), envp.data());
+    if (rc == 0)
+        rc = ::posix_spawn(&pid, program.c_str(), &actions, nullptr, argp.data(), envp.data());
+    posix_spawn_file_actions_destroy(&actions);
     if (rc != 0) return Platform::Win32ErrorFromErrno(rc);
     int status = 0;
     while (::waitpid(pid, &status, 0) < 0) {

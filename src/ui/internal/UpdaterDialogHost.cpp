@@ -3,6 +3,7 @@
 #include <QMessageBox>
 #include <QString>
 
+#include <string>
 #include <vector>
 
 #include "system/FileHelpers.h"
