@@ -17,6 +17,7 @@
 namespace Platform {
 namespace {
 
+constexpr unsigned char kElfMagic[] = {0x7F, 'E', 'L', 'F'};
 constexpr uint16_t kElfExecutable = 2;  // ET_EXEC
 constexpr uint16_t kElfShared = 3;      // ET_DYN: shared libraries and PIE executables
 
@@ -63,10 +64,7 @@ std::string Quoted(const std::string& path) {
 uint16_t ElfType(int fd) {
     unsigned char header[18] = {};
     if (::pread(fd, header, sizeof header, 0) != static_cast<ssize_t>(sizeof header) ||
-        std::memcmp(header,
-                    "\x7F"
-                    "ELF",
-                    4) != 0)
+        std::memcmp(header, kElfMagic, sizeof kElfMagic) != 0)
         return 0;
     const bool bigEndian = header[5] == 2;
     return bigEndian ? static_cast<uint16_t>(header[16] << 8 | header[17])
