@@ -30,6 +30,14 @@
 #ifndef LUMETTA_PRODUCT_H
 #define LUMETTA_PRODUCT_H
 
+/* lstat, flock, sem_timedwait, O_CLOEXEC and O_NOFOLLOW are POSIX and BSD interfaces that a
+ * strict -std=c99 (or c11, c17) hides unless a feature-test macro asks for them, and such a
+ * macro only counts when it comes before the first system header. So either include this
+ * header before any other, or define _DEFAULT_SOURCE (or _GNU_SOURCE) for the whole file. */
+#if !defined(_GNU_SOURCE) && !defined(_DEFAULT_SOURCE)
+#define _DEFAULT_SOURCE 1
+#endif
+
 #include <errno.h>
 #include <fcntl.h>
 #include <semaphore.h>
@@ -42,6 +50,10 @@
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
+
+#if defined(__GLIBC__) && !defined(__USE_MISC)
+#error "lumetta/product.h: include it before any system header, or define _DEFAULT_SOURCE"
+#endif
 
 #ifdef __cplusplus
 extern "C" {

@@ -5,19 +5,9 @@
 
 #include "foundation/Exceptions.h"
 #include "foundation/TextConversion.h"
-#include "system/Environment.h"
 #include "system/FileHelpers.h"
 
 using namespace AppResources;
-
-namespace {
-
-// Demo aids (see UI::UpdaterDialogContext): a picture of the finished dialog, and the launch
-// button pressed by itself.
-constexpr const wchar_t* kScreenshotVariable = L"LUMETTA_SCREENSHOT";
-constexpr const wchar_t* kAutoLaunchVariable = L"LUMETTA_DEMO_AUTOLAUNCH";
-
-}  // namespace
 
 CUpdaterApp::CUpdaterApp(ProductConfiguration& productConfiguration, Services appServices)
     : configuration(productConfiguration), services(std::move(appServices)) {}
@@ -69,8 +59,8 @@ bool CUpdaterApp::InitInstance() {
         return configuration.ExpandPlaceholders(text);
     };
     context.text = services.text;
-    context.screenshotPath = System::GetEnvironmentString(kScreenshotVariable);
-    context.autoLaunch = System::GetEnvironmentString(kAutoLaunchVariable) == L"1";
+    context.screenshotPath = demoAids.screenshotPath;
+    context.autoLaunch = demoAids.autoLaunch;
 
     bool launch = false;
     try {

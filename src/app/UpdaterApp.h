@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "app/ProductConfiguration.h"
 #include "platform/NamedMutex.h"
@@ -71,6 +72,15 @@ public:
     // Why the exit code is not 0, in English for the console; "" otherwise.
     const std::string& FailureReason() const { return failureReason; }
 
+    // Aids for demonstrations and tests (see UI::UpdaterDialogContext): a picture of the
+    // finished dialog, and the launch button pressed by itself. Only a build made for them
+    // sets these; call before InitInstance.
+    struct DemoAids {
+        std::wstring screenshotPath;
+        bool autoLaunch = false;
+    };
+    void UseDemoAids(DemoAids aids) { demoAids = std::move(aids); }
+
 private:
     Engine::UpdateEngine* AcquireEngine();
     void ReportStartFailure(const std::string& reason);
@@ -81,4 +91,5 @@ private:
     Platform::NamedMutex mutex;  // the update or the extras mutex
     int exitCode = 0;
     std::string failureReason;
+    DemoAids demoAids;
 };

@@ -24,6 +24,9 @@ using TestHarness::TempFolder;
 using TestHarness::WaitForText;
 
 TEST(UpdaterExecutable, UpdatesTheRunningProductAndRelaunchesIt) {
+#ifndef LUMETTA_DEMO_AIDS
+    GTEST_SKIP() << "needs the demo aids: configure with -DLUMETTA_DEMO_AIDS=ON";
+#endif
     TempFolder www, old, temp, registry, work;
     const std::string product = "E2E Updater " + std::to_string(::getpid());
     const std::string exe = "E2EUpd" + std::to_string(::getpid());

@@ -6,9 +6,18 @@
 #include "graphics/GuiSession.h"
 #include "ui/UpdaterDialogHost.h"
 
+#ifdef LUMETTA_DEMO_AIDS
+#include "system/Environment.h"
+#endif
+
 int main(int argc, char** argv) {
     CommonGuiLib::GuiSession gui(argc > 0 ? argv[0] : nullptr);
     CUpdaterApp app(GetProductConfiguration(), CUpdaterApp::DefaultServices());
+#ifdef LUMETTA_DEMO_AIDS
+    // Only in a build made for the demo and the tests; what is installed never reads them.
+    app.UseDemoAids({System::GetEnvironmentString(L"LUMETTA_SCREENSHOT"),
+                     System::GetEnvironmentString(L"LUMETTA_DEMO_AUTOLAUNCH") == L"1"});
+#endif
     app.InitInstance();
     const int exitCode = app.ExitInstance();
     if (exitCode != 0) std::cerr << "lumetta-updater: " << app.FailureReason() << '\n';
