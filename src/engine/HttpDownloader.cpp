@@ -157,9 +157,8 @@ struct HttpDownloader::Transfer {
             }
         }
         begun = true;
-        const uint32_t size = contentLength && *contentLength != 0
-                                  ? *contentLength
-                                  : IDownloadConsumer::kUnknownSize;
+        const uint32_t size =
+            contentLength && *contentLength != 0 ? *contentLength : IDownloadConsumer::kUnknownSize;
         return consumer->Begin(size);
     }
 

@@ -27,8 +27,8 @@ bool DecodeBase64(std::string_view text, std::size_t expected, std::vector<uint8
     bytes->assign(text.size() / 4 * 3 + 3, 0);
     std::size_t length = 0;
     const char* end = nullptr;
-    if (sodium_base642bin(bytes->data(), bytes->size(), text.data(), text.size(), nullptr,
-                          &length, &end, sodium_base64_VARIANT_ORIGINAL) != 0 ||
+    if (sodium_base642bin(bytes->data(), bytes->size(), text.data(), text.size(), nullptr, &length,
+                          &end, sodium_base64_VARIANT_ORIGINAL) != 0 ||
         end != text.data() + text.size())
         return false;
     bytes->resize(length);
@@ -88,8 +88,7 @@ bool ParseSignature(std::string_view text, SetupSignature* signature, std::strin
     result.untrustedComment = lines[0].substr(kUntrustedPrefix.size());
 
     std::vector<uint8_t> bytes;
-    if (!DecodeBase64(lines[1], kTagSize + result.keyId.size() + result.signature.size(),
-                      &bytes))
+    if (!DecodeBase64(lines[1], kTagSize + result.keyId.size() + result.signature.size(), &bytes))
         return Fail(reason, "the signature line is not base64 of a minisign signature");
     const std::string_view tag(reinterpret_cast<const char*>(bytes.data()), kTagSize);
     if (tag != kLegacyTag && tag != kPrehashedTag)
@@ -184,13 +183,14 @@ bool SignatureCheck::Finish(std::string* reason) {
                                                  state->file.size(), key) == 0;
     }
     if (!fileSigned)
-        return Fail(reason, "the signature does not match the file (changed after signing, "
-                            "or signed with another key)");
+        return Fail(reason,
+                    "the signature does not match the file (changed after signing, "
+                    "or signed with another key)");
 
     std::vector<uint8_t> global(signature.signature.begin(), signature.signature.end());
     global.insert(global.end(), signature.trustedComment.begin(), signature.trustedComment.end());
-    if (crypto_sign_verify_detached(signature.globalSignature.data(), global.data(),
-                                    global.size(), key) != 0)
+    if (crypto_sign_verify_detached(signature.globalSignature.data(), global.data(), global.size(),
+                                    key) != 0)
         return Fail(reason, "the trusted comment's signature does not verify");
     return true;
 }

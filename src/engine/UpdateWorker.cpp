@@ -83,8 +83,8 @@ bool UpdateWorker::Download() {
 }
 
 bool UpdateWorker::SetupIsSigned() {
-    const SignatureVerdict verdict =
-        internal::CheckSetupSignature(downloader.GetURL(), setupFilePath, publicKey, &stopRequested);
+    const SignatureVerdict verdict = internal::CheckSetupSignature(
+        downloader.GetURL(), setupFilePath, publicKey, &stopRequested);
     const STLHelpers::litestring writer(kSignatureWriter);
     if (verdict.valid) {
         Debugging::LogMessage(Debugging::GetLog(),
@@ -96,7 +96,8 @@ bool UpdateWorker::SetupIsSigned() {
     }
     Debugging::LogMessage(Debugging::GetLog(),
                           L"Setup from " + downloader.GetURL() + L" is not run: " +
-                              STLHelpers::Utf8ToWide(verdict.reason),
+                              STLHelpers::Utf8ToWide(verdict.reason) + L" (signature " +
+                              internal::SignatureUrl(downloader.GetURL()) + L")",
                           writer, Debugging::LevelError);
     System::DeleteWithShell(setupFilePath, false);
     return false;

@@ -125,15 +125,17 @@ TEST_F(ConfigurationTest, ThePublicKeyComesFromTheCommandLineTheRegistryOrTheStr
     Hive("HKEY_LOCAL_MACHINE",
          "[HKEY_LOCAL_MACHINE\\Software\\Lumetta Player]\n\"UpdatePublicKey\"=\"RWregistry\"\n");
     const std::wstring table = STLHelpers::Utf8ToWide(LUMETTA_TABLE_PUBLIC_KEY);
-    const std::tuple<Args, std::wstring> cases[] = {
+    const struct {
+        Args args;
+        std::wstring key;
+    } cases[] = {
         {{L"/publicKey", L"RWcommand"}, L"RWcommand"},
         {{L"/PUBLICKEY", L"RWcommand", L"/productName", L"Other"}, L"RWcommand"},
         {{}, L"RWregistry"},
         {{L"/productName", L"Other"}, table},  // no key under Other
         {{L"/publicKey"}, L"RWregistry"},      // standing last: absent
     };
-    for (const auto& [args, key] : cases)
-        EXPECT_EQ(Make(args).GetPublicKey(), key) << args.size();
+    for (const auto& [args, key] : cases) EXPECT_EQ(Make(args).GetPublicKey(), key) << args.size();
 }
 
 TEST_F(ConfigurationTest, TheProductVersionComesFromTheExecutableBesideTheUpdater) {

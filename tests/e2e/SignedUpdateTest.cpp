@@ -16,7 +16,7 @@ using TestHarness::Exists;
 using TestHarness::ReadFile;
 using TestHarness::TempFolder;
 
-enum class Signature { Mine, Other, None };
+enum class Signature { Mine, Other, None, Huge };
 enum class KeyAt { Nowhere, CommandLine, Registry, CommandLineAndRegistry };
 
 // Whole updates of the demo setup through lumetta-diag, with the setup's signature made by
@@ -49,6 +49,7 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
         {"setup changed after signing", Signature::Mine, true, KeyAt::CommandLine, false},
         {"no signature", Signature::None, false, KeyAt::CommandLine, false},
         {"another key's signature", Signature::Other, false, KeyAt::Registry, false},
+        {"a huge signature file", Signature::Huge, false, KeyAt::CommandLine, false},
         {"no key: unchecked", Signature::None, false, KeyAt::Nowhere, true},
     };
     for (const auto& c : cases) {
@@ -57,7 +58,9 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
         std::filesystem::remove(signature);
         std::filesystem::copy_file(LUMETTA_DEMO_SETUP, setup,
                                    std::filesystem::copy_options::overwrite_existing);
-        if (c.signedBy != Signature::None)
+        if (c.signedBy == Signature::Huge)
+            TestHarness::WriteFile(signature, TestHarness::Pattern(1 << 20));
+        else if (c.signedBy != Signature::None)
             ASSERT_TRUE(TestSupport::MinisignSign(c.signedBy == Signature::Mine ? mine : other,
                                                   setup, signature));
         if (c.changedAfterSigning) {
@@ -70,9 +73,9 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
                                    "[HKEY_LOCAL_MACHINE\\Software\\" +
                                        product + "]\n\"UpdatePublicKey\"=\"" + key + "\"\n");
         }
-        std::vector<std::string> argv{LUMETTA_DIAG,         "update",       "/productName",
-                                      product,              "/productExecutable", exe,
-                                      "/downloadURL",       "127.0.0.1/setup.exe"};
+        std::vector<std::string> argv{
+            LUMETTA_DIAG,         "update", "/productName", product,
+            "/productExecutable", exe,      "/downloadURL", "127.0.0.1/setup.exe"};
         if (c.keyAt == KeyAt::CommandLine || c.keyAt == KeyAt::CommandLineAndRegistry)
             argv.insert(argv.end(), {"/publicKey", mine.publicKey});
         const std::string requestsBefore = servers.FileRequests();
@@ -101,9 +104,8 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
         if (c.installs) {
             EXPECT_NE(log.find("is signed by key"), std::string::npos) << log;
         } else {
-            EXPECT_NE(output.find("state 2 Downloading\nstate 4 Finished\nresult failed"),
-                      std::string::npos)
-                << output;
+            EXPECT_NE(output.find("state 4 Finished\nresult failed"), std::string::npos) << output;
+            EXPECT_EQ(output.find("state 3"), std::string::npos) << "not Installing\n" << output;
             EXPECT_NE(log.find("ERR"), std::string::npos) << log;
             EXPECT_NE(log.find("is not run: "), std::string::npos) << log;
         }

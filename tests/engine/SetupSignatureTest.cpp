@@ -71,16 +71,15 @@ TEST_F(SetupSignatureTest, OnlyTheSignedFileWithTheSigningKeyIsValid) {
         {"prehashed, changed file", "changed", hashed, mine.publicKey, "does not match"},
         {"legacy, changed file", "changed", ReadFile(File("legacy.minisig")), mine.publicKey,
          "does not match"},
-        {"another key's", "setup", ReadFile(File("other.minisig")), mine.publicKey,
-         "another key"},
+        {"another key's", "setup", ReadFile(File("other.minisig")), mine.publicKey, "another key"},
         {"changed trusted comment", "setup", Join(comment), mine.publicKey, "trusted comment"},
         {"no key", "setup", hashed, "", "public key is empty"},
         {"signature as key", "setup", hashed, Lines(hashed)[1], "not the base64 line"},
         {"missing file", "absent", hashed, mine.publicKey, "cannot be opened"},
     };
     for (const Case& c : cases) {
-        const Engine::SignatureVerdict verdict = Engine::VerifySignedFile(
-            STLHelpers::Utf8ToWide(File(c.file)), c.key, c.signature);
+        const Engine::SignatureVerdict verdict =
+            Engine::VerifySignedFile(STLHelpers::Utf8ToWide(File(c.file)), c.key, c.signature);
         EXPECT_EQ(verdict.valid, c.reason == nullptr) << c.what << ": " << verdict.reason;
         if (c.reason)
             EXPECT_NE(verdict.reason.find(c.reason), std::string::npos)
@@ -145,7 +144,8 @@ TEST(SignatureUrl, PutsTheExtensionAfterThePathBeforeAnyQuery) {
         const wchar_t* signature;
     } cases[] = {
         {L"http://host/setup.exe", L"http://host/setup.exe.minisig"},
-        {L"http://user@host:8080/a/setup.exe?x=1.exe#f", L"http://host/a/setup.exe.minisig?x=1.exe#f"},
+        {L"http://user@host:8080/a/setup.exe?x=1.exe#f",
+         L"http://host/a/setup.exe.minisig?x=1.exe#f"},
         {L"http://host?q", L"http://host/.minisig?q"},
         {L"no-scheme/setup.exe", L""},
     };

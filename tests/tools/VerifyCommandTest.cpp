@@ -28,12 +28,13 @@ TEST(VerifyCommand, ExitsZeroOnlyForAValidSignature) {
         const char* says;
     } cases[] = {
         {{dir + "/setup.exe", "--public-key", key.publicKey}, 0, "trusted comment: build 42"},
-        {{dir + "/setup.exe", "--signature", dir + "/elsewhere.sig", "--public-key",
-          key.publicKey},
-         0, "valid: signed by key"},
+        {{dir + "/setup.exe", "--signature", dir + "/elsewhere.sig", "--public-key", key.publicKey},
+         0,
+         "valid: signed by key"},
         {{dir + "/changed.exe", "--signature", dir + "/setup.exe.minisig", "--public-key",
           key.publicKey},
-         1, "invalid: the signature does not match the file"},
+         1,
+         "invalid: the signature does not match the file"},
         {{dir + "/setup.exe", "--public-key", other.publicKey}, 1, "invalid: the signature was "},
         {{dir + "/changed.exe", "--public-key", key.publicKey}, 1, "cannot be read"},
         {{dir + "/setup.exe"}, 106, "--public-key is required"},

@@ -52,8 +52,9 @@ const DiagCommands::Registration registration{
         verify->add_option("FILE", options->file, "The signed file")->required();
         verify->add_option("--signature", options->signature,
                            "The signature file (default: FILE.minisig)");
-        verify->add_option("--public-key", options->publicKey,
-                           "The public key: the base64 line of a minisign .pub file")
+        verify
+            ->add_option("--public-key", options->publicKey,
+                         "The public key: the base64 line of a minisign .pub file")
             ->required();
         verify->callback([options]() { DiagCommands::SetExitCode(Verify(*options)); });
     }};

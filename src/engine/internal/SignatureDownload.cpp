@@ -51,11 +51,11 @@ bool DownloadSignature(const std::wstring& url, const std::atomic<bool>* stop, s
     HttpDownloader downloader(signatureUrl, &body);
     downloader.SetStopFlag(stop);
     if (!downloader.Download()) {
-        *reason = body.tooLarge ? "the signature at " + STLHelpers::WideToUtf8(signatureUrl) +
-                                      " is larger than " + std::to_string(kMaxSignatureFileSize) +
-                                      " bytes"
-                                : "the signature cannot be downloaded from " +
-                                      STLHelpers::WideToUtf8(signatureUrl);
+        *reason =
+            body.tooLarge
+                ? "the signature at " + STLHelpers::WideToUtf8(signatureUrl) + " is larger than " +
+                      std::to_string(kMaxSignatureFileSize) + " bytes"
+                : "the signature cannot be downloaded from " + STLHelpers::WideToUtf8(signatureUrl);
         return false;
     }
     *text = std::move(body.text);
