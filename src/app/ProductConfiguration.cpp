@@ -178,6 +178,15 @@ std::wstring ProductConfiguration::GetInstallPath() {
                       L"InstallPath");
 }
 
+std::wstring ProductConfiguration::GetPublicKey() {
+    std::wstring key = GetOptionValue(L"/publicKey");
+    if (key.empty())
+        key = ReadString(Registry::Key(L"HKEY_LOCAL_MACHINE\\Software\\" + GetProductName()),
+                         L"UpdatePublicKey");
+    if (key.empty()) key = System::LoadStringResource(kPublicKeyEntry);
+    return key;
+}
+
 std::wstring ProductConfiguration::ExpandPlaceholders(const std::wstring& text) {
     const std::pair<const wchar_t*, std::wstring> values[] = {
         {L"{ProductName}", GetProductName()},

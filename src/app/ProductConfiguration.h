@@ -37,6 +37,7 @@ public:
     static constexpr uint32_t kProductURLEntry = 132;
     static constexpr uint32_t kDownloadURLEntry = 134;
     static constexpr uint32_t kBundleNameEntry = 136;
+    static constexpr uint32_t kPublicKeyEntry = 137;
 
     // From a whole Windows-style command line (program first), split by the
     // CommandLineToArgvW rules. Null or empty gives no arguments.
@@ -86,6 +87,10 @@ public:
     std::wstring GetExitEventName();
     // "InstallPath" of HKEY_LOCAL_MACHINE\Software\<product name>; "" without one.
     std::wstring GetInstallPath();
+    // The minisign public key (base64 line) that must have signed the setup: "/publicKey",
+    // else "UpdatePublicKey" of HKEY_LOCAL_MACHINE\Software\<product name>, else entry 137.
+    // "" when none is configured: setups are then run unchecked.
+    std::wstring GetPublicKey();
     // Replaces {ProductName}, {ProductVersion}, {ShortProductVersion}, {ProductURL} and
     // {ComponentName}, in that order.
     std::wstring ExpandPlaceholders(const std::wstring& text);

@@ -12,6 +12,7 @@ UpdateEngine& GetUpdateEngine() {
         ProductSettings settings;
         settings.downloadURL = configuration.GetDownloadURL();
         settings.silent = configuration.IsSilent();
+        settings.publicKey = configuration.GetPublicKey();
         settings.productExecutable = configuration.GetProductExecutable();
         settings.exitEventName = configuration.GetExitEventName();
         settings.installPath = [] { return GetProductConfiguration().GetInstallPath(); };

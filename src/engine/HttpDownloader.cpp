@@ -92,7 +92,7 @@ bool ResolveLocation(const std::string& base, const std::string& location, std::
 struct HttpDownloader::Transfer {
     CURL* easy = nullptr;
     curl_slist* headers = nullptr;
-    VerboseWritingConsumer* consumer = nullptr;
+    IDownloadConsumer* consumer = nullptr;
     const std::atomic<bool>* stop = nullptr;
 
     std::string currentUrl;
@@ -157,9 +157,8 @@ struct HttpDownloader::Transfer {
             }
         }
         begun = true;
-        const uint32_t size = contentLength && *contentLength != 0
-                                  ? *contentLength
-                                  : VerboseWritingConsumer::kUnknownSize;
+        const uint32_t size =
+            contentLength && *contentLength != 0 ? *contentLength : IDownloadConsumer::kUnknownSize;
         return consumer->Begin(size);
     }
 
@@ -280,7 +279,7 @@ struct HttpDownloader::Transfer {
     }
 };
 
-HttpDownloader::HttpDownloader(std::wstring url, VerboseWritingConsumer* consumer)
+HttpDownloader::HttpDownloader(std::wstring url, IDownloadConsumer* consumer)
     : url(url.find(L"://") == std::wstring::npos ? L"http://" + url : std::move(url)),
       consumer(consumer) {}
 

@@ -1,5 +1,5 @@
-// Engine::HttpDownloader: fetches the setup program with one HTTP GET and hands the body to
-// a VerboseWritingConsumer.
+// Engine::HttpDownloader: fetches the setup program (or its signature) with one HTTP GET and
+// hands the body to a consumer.
 //
 // Rules a caller can rely on: "http://" is put before a URL without "://"; the request
 // always goes to port 80 of the URL's host with plain HTTP (scheme and port in the URL are
@@ -19,7 +19,7 @@
 #include <memory>
 #include <string>
 
-#include "engine/VerboseWritingConsumer.h"
+#include "engine/IDownloadConsumer.h"
 
 namespace Engine {
 
@@ -27,7 +27,7 @@ class HttpDownloader {
 public:
     static constexpr const char* kAgent = "Mozilla/4.0 (MSIE 6.0); dtaglim:128";
 
-    HttpDownloader(std::wstring url, VerboseWritingConsumer* consumer);
+    HttpDownloader(std::wstring url, IDownloadConsumer* consumer);
     HttpDownloader(const HttpDownloader&) = delete;
     HttpDownloader& operator=(const HttpDownloader&) = delete;
     ~HttpDownloader();
@@ -49,7 +49,7 @@ private:
     struct Transfer;
 
     std::wstring url;
-    VerboseWritingConsumer* consumer;
+    IDownloadConsumer* consumer;
     const std::atomic<bool>* stopFlag = nullptr;
     std::unique_ptr<Transfer> transfer;  // the session while Download runs
 };

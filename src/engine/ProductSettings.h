@@ -13,6 +13,9 @@ struct ProductSettings {
     std::wstring downloadURL;
     // Run the setup with the silent switches and a time limit; otherwise without either.
     bool silent = true;
+    // The base64 line of the minisign public key that must have signed the setup; empty:
+    // setups are run unchecked.
+    std::wstring publicKey;
     // File name of the product's executable ("LumettaPlayer.exe"), to find it running and
     // to launch it.
     std::wstring productExecutable;

@@ -5,7 +5,7 @@ namespace Engine {
 UpdateEngine::UpdateEngine(ProductSettings settings, std::wstring setupFilePath)
     : settings(std::move(settings)),
       worker(this->settings.downloadURL, this->settings.silent, &broadcaster,
-             std::move(setupFilePath)) {}
+             std::move(setupFilePath), this->settings.publicKey) {}
 
 UpdateEngine::~UpdateEngine() {
     worker.Cancel();

@@ -2,19 +2,29 @@
 
 #include "engine/Timeouts.h"
 #include "engine/internal/SetupProcess.h"
+#include "engine/internal/SignatureDownload.h"
+#include "foundation/Log.h"
+#include "foundation/TextConversion.h"
 #include "system/FileHelpers.h"
 #include "system/ShellHelpers.h"
 
 namespace Engine {
+namespace {
+
+// The diagnostic log's writer name for the signature check.
+constexpr const wchar_t* kSignatureWriter = L"Engine:UpdateWorker:SetupIsSigned@1";
+
+}  // namespace
 
 UpdateWorker::UpdateWorker(std::wstring downloadURL, bool silent, IUpdateEvents* events,
-                           std::wstring setupFilePath)
+                           std::wstring setupFilePath, std::wstring publicKey)
     : events(events),
       silent(silent),
       downloadURL(std::move(downloadURL)),
       setupFilePath(setupFilePath.empty()
                         ? System::MakeUniqueFilePath(System::GetTempFolder(), kSetupFileTemplate)
                         : std::move(setupFilePath)),
+      publicKey(std::move(publicKey)),
       writer(this->setupFilePath, this),
       downloader(this->downloadURL, &writer),
       setupProcess(std::make_unique<SetupProcess>()) {
@@ -68,7 +78,29 @@ void UpdateWorker::StopEverything() {
 }
 
 bool UpdateWorker::Download() {
-    return downloader.Download();
+    if (!downloader.Download()) return false;
+    return publicKey.empty() || SetupIsSigned();
+}
+
+bool UpdateWorker::SetupIsSigned() {
+    const SignatureVerdict verdict = internal::CheckSetupSignature(
+        downloader.GetURL(), setupFilePath, publicKey, &stopRequested);
+    const STLHelpers::litestring writer(kSignatureWriter);
+    if (verdict.valid) {
+        Debugging::LogMessage(Debugging::GetLog(),
+                              L"Setup " + setupFilePath + L" is signed by key " +
+                                  STLHelpers::Utf8ToWide(verdict.keyId) + L" (trusted comment: " +
+                                  STLHelpers::Utf8ToWide(verdict.trustedComment) + L")",
+                              writer, Debugging::LevelInfo);
+        return true;
+    }
+    Debugging::LogMessage(Debugging::GetLog(),
+                          L"Setup from " + downloader.GetURL() + L" is not run: " +
+                              STLHelpers::Utf8ToWide(verdict.reason) + L" (signature " +
+                              internal::SignatureUrl(downloader.GetURL()) + L")",
+                          writer, Debugging::LevelError);
+    System::DeleteWithShell(setupFilePath, false);
+    return false;
 }
 
 bool UpdateWorker::Install() {

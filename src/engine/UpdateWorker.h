@@ -43,8 +43,11 @@ public:
     // Creates the setup file at setupFilePath or, when that is empty, under a fresh name
     // from kSetupFileTemplate in the temporary folder. Throws std::runtime_error "Cannot
     // open destination file" when it cannot be created. `silent` chooses how the setup runs.
+    // With a `publicKey` (the base64 line of a minisign public key) the download counts
+    // only when the setup's signature, fetched from the URL with ".minisig" after its path,
+    // is valid for that key; otherwise the setup file is deleted and the update fails.
     UpdateWorker(std::wstring downloadURL, bool silent, IUpdateEvents* events,
-                 std::wstring setupFilePath = {});
+                 std::wstring setupFilePath = {}, std::wstring publicKey = {});
     ~UpdateWorker();
 
     // The thread body: 0 after an attempted installation, 1 when the download failed.
@@ -81,6 +84,9 @@ public:
 
 private:
     void Notify(void (IUpdateEvents::*event)());
+    // With a public key: whether the downloaded setup is signed by it. When it is not, the
+    // setup file is deleted and the reason logged.
+    bool SetupIsSigned();
     // Stops the thread, ends the setup and closes the download: shared by Cancel and the
     // destructor.
     void StopEverything();
@@ -98,6 +104,7 @@ private:
     const bool silent;
     std::wstring downloadURL;
     std::wstring setupFilePath;
+    std::wstring publicKey;  // empty: setups are not checked
     VerboseWritingConsumer writer;
     HttpDownloader downloader;
     std::unique_ptr<SetupProcess> setupProcess;

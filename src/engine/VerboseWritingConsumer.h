@@ -11,15 +11,14 @@
 #include <cstdint>
 #include <string>
 
+#include "engine/IDownloadConsumer.h"
 #include "engine/IVerboseWritingConsumerCallback.h"
 #include "system/ExclusiveFile.h"
 
 namespace Engine {
 
-class VerboseWritingConsumer {
+class VerboseWritingConsumer final : public IDownloadConsumer {
 public:
-    static constexpr uint32_t kUnknownSize = 0xFFFFFFFFu;
-
     // Creates (or truncates) `path`. `callback` may be null. Throws std::runtime_error
     // "Cannot open destination file" when the file cannot be created, after telling the
     // callback OnFinish(false).
@@ -29,16 +28,16 @@ public:
 
     // Announces the expected size, kUnknownSize when unknown. False when the callback
     // declines; the file is then closed as incomplete.
-    bool Begin(uint32_t totalBytes);
+    bool Begin(uint32_t totalBytes) override;
 
     // Appends one block. False when the write fails (the file stays open), when the
     // callback declines (the file is closed as incomplete), or when not all bytes were
     // written.
-    bool Write(const void* data, std::size_t size);
+    bool Write(const void* data, std::size_t size) override;
 
     // Closes the file as complete / incomplete. Nothing happens once it is closed.
-    void Commit();
-    void Abort();
+    void Commit() override;
+    void Abort() override;
 
     bool IsOpen() const { return file.IsOpen(); }
     uint32_t GetBytesWritten() const { return bytesWritten; }

@@ -121,6 +121,23 @@ TEST_F(ConfigurationTest, TheRegistryGivesSuffixDownloadUrlAndInstallPath) {
               L"Other: Automatic Update");
 }
 
+TEST_F(ConfigurationTest, ThePublicKeyComesFromTheCommandLineTheRegistryOrTheStringTable) {
+    Hive("HKEY_LOCAL_MACHINE",
+         "[HKEY_LOCAL_MACHINE\\Software\\Lumetta Player]\n\"UpdatePublicKey\"=\"RWregistry\"\n");
+    const std::wstring table = STLHelpers::Utf8ToWide(LUMETTA_TABLE_PUBLIC_KEY);
+    const struct {
+        Args args;
+        std::wstring key;
+    } cases[] = {
+        {{L"/publicKey", L"RWcommand"}, L"RWcommand"},
+        {{L"/PUBLICKEY", L"RWcommand", L"/productName", L"Other"}, L"RWcommand"},
+        {{}, L"RWregistry"},
+        {{L"/productName", L"Other"}, table},  // no key under Other
+        {{L"/publicKey"}, L"RWregistry"},      // standing last: absent
+    };
+    for (const auto& [args, key] : cases) EXPECT_EQ(Make(args).GetPublicKey(), key) << args.size();
+}
+
 TEST_F(ConfigurationTest, TheProductVersionComesFromTheExecutableBesideTheUpdater) {
     // The product executable is joined to the updater's folder; a relative name reaches
     // the demo product, which carries "FileVersion" 1, 4, 1, 0.

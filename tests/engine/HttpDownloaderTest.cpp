@@ -9,6 +9,7 @@
 #include "TestHarness.h"
 #include "engine/HttpDownloader.h"
 #include "engine/Timeouts.h"
+#include "engine/VerboseWritingConsumer.h"
 #include "foundation/TextConversion.h"
 #include "platform/Environment.h"
 

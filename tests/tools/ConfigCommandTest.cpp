@@ -16,7 +16,8 @@ TEST(ConfigCommand, PrintsEveryValueForTheGivenArguments) {
     ASSERT_TRUE(registry.WriteHive("HKEY_LOCAL_MACHINE.reg",
                                    "Windows Registry Editor Version 5.00\n\n"
                                    "[HKEY_LOCAL_MACHINE\\Software\\My Product]\n"
-                                   "\"InstallPath\"=\"/opt/my product/\"\n"));
+                                   "\"InstallPath\"=\"/opt/my product/\"\n"
+                                   "\"UpdatePublicKey\"=\"RWQf6LRCGA9i53ml\"\n"));
     const TestSupport::CommandOutput run = TestSupport::RunProgram(
         {LUMETTA_DIAG, "config", "/PRODUCTNAME", "My Product", "/isSilent", "0", "/runWithProduct",
          "/downloadURL", "http://example.test/Setup/URLBrandSuffix/.exe"});
@@ -27,7 +28,7 @@ TEST(ConfigCommand, PrintsEveryValueForTheGivenArguments) {
         const size_t colon = line.find(": ");
         if (colon != std::string::npos) values[line.substr(0, colon)] = line.substr(colon + 2);
     }
-    EXPECT_EQ(values.size(), 18u) << run.out;
+    EXPECT_EQ(values.size(), 19u) << run.out;
     EXPECT_EQ(values["productName"], "My Product");
     EXPECT_EQ(values["productNameWithoutSpaces"], "MyProduct");
     EXPECT_EQ(values["productExecutable"], "LumettaPlayer.exe") << "not given: compiled in";
@@ -38,6 +39,7 @@ TEST(ConfigCommand, PrintsEveryValueForTheGivenArguments) {
     EXPECT_EQ(values["downloadURL"], "http://example.test/Setup_.exe");
     EXPECT_EQ(values["installPath"], "/opt/my product/");
     EXPECT_EQ(values["exitEventName"], "My Product_ExitEvent");
+    EXPECT_EQ(values["publicKey"], "RWQf6LRCGA9i53ml");
 }
 
 }  // namespace

@@ -41,6 +41,7 @@ void ShowConfiguration(const std::vector<std::string>& args) {
     Line("updateMutexName", configuration.GetUpdateMutexName());
     Line("extrasMutexName", configuration.GetExtrasMutexName());
     Line("exitEventName", configuration.GetExitEventName());
+    Line("publicKey", configuration.GetPublicKey());
 }
 
 const DiagCommands::Registration registration{

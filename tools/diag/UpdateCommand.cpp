@@ -73,6 +73,7 @@ int RunUpdate(const std::vector<std::string>& args, bool launch, uint32_t setupT
     Engine::ProductSettings settings;
     settings.downloadURL = configuration.GetDownloadURL();
     settings.silent = configuration.IsSilent();
+    settings.publicKey = configuration.GetPublicKey();
     settings.productExecutable = configuration.GetProductExecutable();
     settings.exitEventName = configuration.GetExitEventName();
     settings.installPath = [&configuration] { return configuration.GetInstallPath(); };

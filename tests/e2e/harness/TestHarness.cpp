@@ -120,7 +120,9 @@ HttpServers::HttpServers(const std::string& documentRoot) {
          << "pid " << work.File("nginx.pid") << ";\n"
          << "error_log " << work.File("nginx-error.log") << " warn;\n"
          << "events { worker_connections 256; }\n"
-         << "http {\n  access_log off;\n  default_type application/octet-stream;\n"
+         << "http {\n  log_format requests '$request';\n"
+         << "  access_log " << work.File("access.log") << " requests;\n"
+         << "  default_type application/octet-stream;\n"
          << "  sendfile on;\n"
          << "  client_body_temp_path " << work.File("body") << ";\n"
          << "  proxy_temp_path " << work.File("proxy") << ";\n"
@@ -153,6 +155,10 @@ HttpServers::HttpServers(const std::string& documentRoot) {
     }
     problem = "servers did not come up: " + ReadFile(work.File("nginx-error.log")) +
               ReadFile(work.File("nginx.out")) + ReadFile(work.File("faults.out"));
+}
+
+std::string HttpServers::FileRequests() const {
+    return ReadFile(work.File("access.log"));
 }
 
 HttpServers::~HttpServers() {

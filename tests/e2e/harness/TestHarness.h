@@ -62,6 +62,8 @@ public:
     explicit HttpServers(const std::string& documentRoot);
     ~HttpServers();
     bool Ready() const { return ready; }
+    // The request lines nginx has answered so far ("GET /setup.exe HTTP/1.1"), one a line.
+    std::string FileRequests() const;
     const std::string& Problem() const { return problem; }
 
 private:

@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "TestHarness.h"
+#include "support/Minisign.h"
+
+namespace {
+
+using TestHarness::ChildProcess;
+using TestHarness::Exists;
+using TestHarness::ReadFile;
+using TestHarness::TempFolder;
+
+enum class Signature { Mine, Other, None, Huge };
+enum class KeyAt { Nowhere, CommandLine, Registry, CommandLineAndRegistry };
+
+// Whole updates of the demo setup through lumetta-diag, with the setup's signature made by
+// minisign beside it on the server.
+TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
+    TempFolder keys, www;
+    const auto mine = TestSupport::MakeMinisignKey(keys.Path(), "mine");
+    const auto other = TestSupport::MakeMinisignKey(keys.Path(), "other");
+    ASSERT_FALSE(mine.publicKey.empty() || other.publicKey.empty()) << "minisign";
+    TestHarness::HttpServers servers(www.Path());
+    ASSERT_TRUE(servers.Ready()) << servers.Problem();
+
+    const std::string product = "Signed Product " + std::to_string(::getpid());
+    const std::string exe = "SignedProd" + std::to_string(::getpid());
+    const std::string setup = www.File("setup.exe");
+    const std::string signature = setup + ".minisig";
+
+    const struct {
+        const char* what;
+        Signature signedBy;
+        bool changedAfterSigning;
+        KeyAt keyAt;
+        bool installs;
+    } cases[] = {
+        {"good signature, key on the command line", Signature::Mine, false, KeyAt::CommandLine,
+         true},
+        {"good signature, key in the registry", Signature::Mine, false, KeyAt::Registry, true},
+        {"the command line's key before the registry's", Signature::Mine, false,
+         KeyAt::CommandLineAndRegistry, true},
+        {"setup changed after signing", Signature::Mine, true, KeyAt::CommandLine, false},
+        {"no signature", Signature::None, false, KeyAt::CommandLine, false},
+        {"another key's signature", Signature::Other, false, KeyAt::Registry, false},
+        {"a huge signature file", Signature::Huge, false, KeyAt::CommandLine, false},
+        {"no key: unchecked", Signature::None, false, KeyAt::Nowhere, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        TempFolder temp, registry, work;
+        std::filesystem::remove(signature);
+        std::filesystem::copy_file(LUMETTA_DEMO_SETUP, setup,
+                                   std::filesystem::copy_options::overwrite_existing);
+        if (c.signedBy == Signature::Huge)
+            TestHarness::WriteFile(signature, TestHarness::Pattern(1 << 20));
+        else if (c.signedBy != Signature::None)
+            ASSERT_TRUE(TestSupport::MinisignSign(c.signedBy == Signature::Mine ? mine : other,
+                                                  setup, signature));
+        if (c.changedAfterSigning) {
+            std::ofstream(setup, std::ios::app) << "appended";
+        }
+        if (c.keyAt == KeyAt::Registry || c.keyAt == KeyAt::CommandLineAndRegistry) {
+            const std::string key = c.keyAt == KeyAt::Registry ? mine.publicKey : other.publicKey;
+            TestHarness::WriteFile(registry.File("HKEY_LOCAL_MACHINE.reg"),
+                                   "Windows Registry Editor Version 5.00\n\n"
+                                   "[HKEY_LOCAL_MACHINE\\Software\\" +
+                                       product + "]\n\"UpdatePublicKey\"=\"" + key + "\"\n");
+        }
+        std::vector<std::string> argv{
+            LUMETTA_DIAG,         "update", "/productName", product,
+            "/productExecutable", exe,      "/downloadURL", "127.0.0.1/setup.exe"};
+        if (c.keyAt == KeyAt::CommandLine || c.keyAt == KeyAt::CommandLineAndRegistry)
+            argv.insert(argv.end(), {"/publicKey", mine.publicKey});
+        const std::string requestsBefore = servers.FileRequests();
+
+        ChildProcess diag;
+        ASSERT_TRUE(diag.Start(argv,
+                               {"TMPDIR=" + temp.Path(), "LUMETTA_REGISTRY_DIR=" + registry.Path(),
+                                "Debugging_Log_Path=" + work.File("log.txt"),
+                                "DEMO_SETUP_LOG=" + work.File("setup-args"),
+                                "DEMO_SETUP_PAYLOAD=" + std::string(LUMETTA_DEMO_PRODUCT),
+                                "DEMO_SETUP_TARGET=" + work.File("install"),
+                                "DEMO_SETUP_EXE=" + exe, "DEMO_SETUP_PRODUCT=" + product},
+                               work.File("diag.out")));
+        int status = -1;
+        ASSERT_TRUE(diag.Wait(120000, &status));
+        const std::string output = ReadFile(work.File("diag.out"));
+        const std::string log = ReadFile(work.File("log.txt"));
+        const std::string requests = servers.FileRequests().substr(requestsBefore.size());
+
+        EXPECT_EQ(status, c.installs ? 0 : 1) << output;
+        EXPECT_EQ(Exists(work.File("setup-args")), c.installs) << "the setup ran";
+        EXPECT_FALSE(Exists(temp.File("Update1.exe"))) << "no setup file is left";
+        EXPECT_EQ(requests.find(".minisig") != std::string::npos, c.keyAt != KeyAt::Nowhere)
+            << requests;
+        if (c.keyAt == KeyAt::Nowhere) continue;
+        if (c.installs) {
+            EXPECT_NE(log.find("is signed by key"), std::string::npos) << log;
+        } else {
+            EXPECT_NE(output.find("state 4 Finished\nresult failed"), std::string::npos) << output;
+            EXPECT_EQ(output.find("state 3"), std::string::npos) << "not Installing\n" << output;
+            EXPECT_NE(log.find("ERR"), std::string::npos) << log;
+            EXPECT_NE(log.find("is not run: "), std::string::npos) << log;
+        }
+    }
+}
+
+}  // namespace
