@@ -12,9 +12,9 @@
 namespace {
 
 const wchar_t* const kOptions[] = {
-    L"/downloadURL", L"/componentName",      L"/languageName",      L"/isSilent",
-    L"/runWithProduct", L"/productName",     L"/productCompanyName", L"/productExecutable",
-    L"/productURL",   L"/bundleName",
+    L"/downloadURL",    L"/componentName", L"/languageName",       L"/isSilent",
+    L"/runWithProduct", L"/productName",   L"/productCompanyName", L"/productExecutable",
+    L"/productURL",     L"/bundleName",
 };
 
 }  // namespace
@@ -35,7 +35,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         Fuzz::Fail("a built command line does not split back into its parts");
 
     ProductConfiguration configuration(text.c_str());
-    if (configuration.GetArgumentCount() != static_cast<int32_t>(configuration.GetArguments().size()))
+    if (configuration.GetArgumentCount() !=
+        static_cast<int32_t>(configuration.GetArguments().size()))
         Fuzz::Fail("the argument count disagrees with the arguments");
     for (const wchar_t* option : kOptions) {
         const std::wstring value = configuration.GetOptionValue(option);

@@ -35,8 +35,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view bytes = Fuzz::Bytes(data, size);
     Platform::RegFileParser::DecodeText(bytes);
     std::vector<Platform::RegParseIssue> issues;
-    const RegHive hive = Platform::RegFileParser::Parse(bytes, Platform::RegRoot::CurrentUser,
-                                                        &issues);
+    const RegHive hive =
+        Platform::RegFileParser::Parse(bytes, Platform::RegRoot::CurrentUser, &issues);
 
     std::vector<std::wstring> keys;
     CollectKeys(hive, L"", keys);

@@ -14,6 +14,7 @@
 #include "ui/gdi/SystemMetrics.h"
 
 using namespace ResourceLib::internal;
+using ResourceLib::COLORREF;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     static CommonGuiLib::GuiSession session;
