@@ -51,7 +51,8 @@ public:
     void OnUpdateState();
     void OnUpdateProgress();
 
-    // The warning box that reports a failed update, not yet shown.
+    // The warning box that reports a failed update (or, without parent, a start that cannot
+    // go on), not yet shown.
     static std::unique_ptr<QMessageBox> NewFailureBox(const std::wstring& text,
                                                       const std::wstring& caption, QWidget* parent);
 

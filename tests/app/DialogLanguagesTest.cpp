@@ -5,6 +5,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <QGlyphRun>
@@ -151,10 +152,14 @@ struct Product {
     ResourceManagerHolder holder;
 };
 
-// The real dialog, offscreen, through its stages to the end, then the failure box. A long
-// product name may not fit the status label, which then ends its line in "...", but must fit
-// the caption and the launch button.
-void ExpectDialogFits(Product& product, bool labelFitsWhole) {
+// How much of a product name the dialog has room for: all of it; all but in the status
+// label, which then ends its line in "..."; or, beyond what the launch button can grow to,
+// only the whole words that fit there (and not all of the caption, which the window manager
+// shortens itself).
+enum class NameLength { Usual, Long, Huge };
+
+// The real dialog, offscreen, through its stages to the end, then its warning boxes.
+void ExpectDialogFits(Product& product, NameLength length) {
     TestSupport::TempFolder folder("lumetta-languages");
     Engine::ProductSettings settings;
     settings.downloadURL = L"127.0.0.1/LumettaTestSetup.exe";
@@ -177,6 +182,7 @@ void ExpectDialogFits(Product& product, bool labelFitsWhole) {
     EXPECT_EQ(dialog.windowTitle(), product.Expanded(StringID_ProductInstallation));
     QRect titleRoom = dialog.rect();
     titleRoom.setWidth(dialog.width() * 3 / 4);
+    if (length == NameLength::Huge) titleRoom.setWidth(1 << 16);  // only the glyphs count
     ExpectFits("caption", dialog.windowTitle(), dialog.font(), &dialog, titleRoom, false);
 
     CLabel* label = dialog.StatusLabel();
@@ -197,30 +203,43 @@ void ExpectDialogFits(Product& product, bool labelFitsWhole) {
         if (stage.state != Engine::Preparing) engine.GetWorker().SetState(stage.state);
         ASSERT_TRUE(WaitFor([&] { return dialog.StatusText() == stage.text.toStdWString(); }));
         QRect area = label->contentsRect();
-        if (!labelFitsWhole) area.setWidth(1 << 16);  // only the glyphs count
-        ExpectFits("status label", stage.text, labelFont, label, area, labelFitsWhole);
+        const bool whole = length == NameLength::Usual;
+        if (!whole) area.setWidth(1 << 16);  // only the glyphs count
+        ExpectFits("status label", stage.text, labelFont, label, area, whole);
     }
 
     // Finished: "Launch <product>", whole, and "Close".
     ASSERT_TRUE(dialog.LaunchButton()->isVisible());
-    EXPECT_EQ(dialog.LaunchButton()->text(), product.Expanded(StringID_LaunchProduct));
+    const QString launch = product.Expanded(StringID_LaunchProduct);
+    if (length == NameLength::Huge) {
+        // Whole words, then "...", and the whole text as the tool tip.
+        const QString shown = dialog.LaunchButton()->text();
+        EXPECT_TRUE(shown.endsWith(QStringLiteral("..."))) << shown.toStdString();
+        EXPECT_TRUE(launch.startsWith(shown.chopped(3) + QChar(' '))) << shown.toStdString();
+        EXPECT_EQ(dialog.LaunchButton()->toolTip(), launch);
+    } else {
+        EXPECT_EQ(dialog.LaunchButton()->text(), launch);
+    }
     ExpectButtonFits("launch button", dialog.LaunchButton());
     EXPECT_GE(dialog.LaunchButton()->x(), dialog.ProgressBar()->x());
     EXPECT_LT(dialog.LaunchButton()->geometry().right(), dialog.CancelButton()->x());
     EXPECT_EQ(dialog.CancelButton()->text().toStdWString(), product.Text(StringID_Close));
     ExpectButtonFits("close button", dialog.CancelButton());
 
-    const auto box =
-        CUpdaterDlg::NewFailureBox(product.Expanded(StringID_InstallationFailed).toStdWString(),
-                                   product.Text(StringID_Error), &dialog);
-    box->open();
-    ASSERT_TRUE(WaitFor([&] { return box->isVisible(); }));
-    const auto* message = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
-    ASSERT_NE(message, nullptr);
-    ExpectFits("failure box", message->text(), message->font(), box.get(), message->contentsRect(),
-               true);
-    ExpectFits("failure caption", box->windowTitle(), box->font(), box.get(), box->rect(), false);
-    box->done(QMessageBox::Ok);
+    // The failure box, and the same box as start-up's restart warning.
+    for (const StringID id : {StringID_InstallationFailed, StringID_ComputerMustBeRestarted}) {
+        const auto box = CUpdaterDlg::NewFailureBox(product.Expanded(id).toStdWString(),
+                                                    product.Text(StringID_Error), &dialog);
+        box->open();
+        ASSERT_TRUE(WaitFor([&] { return box->isVisible(); }));
+        const auto* message = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+        ASSERT_NE(message, nullptr);
+        ExpectFits("warning box", message->text(), message->font(), box.get(),
+                   message->contentsRect(), true);
+        ExpectFits("warning caption", box->windowTitle(), box->font(), box.get(), box->rect(),
+                   false);
+        box->done(QMessageBox::Ok);
+    }
     dialog.done(QDialog::Rejected);
 }
 
@@ -260,11 +279,14 @@ TEST_F(DialogLanguagesTest, EveryLanguageIsListedAndCompleteForTheResourceCheck)
 TEST_F(DialogLanguagesTest, EveryTextIsTranslatedDrawableAndFitsItsControl) {
     Product usual(L"Lumetta Player");
     Product longName(kLongProductName);
+    Product huge(L"Lumetta Player Professional Edition for Studios and Broadcasters Worldwide");
+    const std::pair<Product*, NameLength> products[] = {
+        {&usual, NameLength::Usual}, {&longName, NameLength::Long}, {&huge, NameLength::Huge}};
     std::vector<std::wstring> english;
     for (int id = 0; id <= StringID_Close; ++id) english.push_back(usual.Text(StringID(id)));
 
     for (const Language& language : kLanguages) {
-        for (Product* product : {&usual, &longName}) {
+        for (const auto& [product, length] : products) {
             SCOPED_TRACE(STLHelpers::WideToUtf8(language.name));
             const auto resources = product->holder.GetManager()->GetResourceManager();
             ASSERT_TRUE(resources->SetLanguageVerify(language.name));
@@ -275,7 +297,7 @@ TEST_F(DialogLanguagesTest, EveryTextIsTranslatedDrawableAndFitsItsControl) {
                 for (int id = 0; id <= StringID_Close; ++id)
                     EXPECT_NE(usual.Text(StringID(id)), english[id]) << "text " << id;
             }
-            ExpectDialogFits(*product, product == &usual);
+            ExpectDialogFits(*product, length);
         }
     }
 }
