@@ -56,7 +56,7 @@ public:
     static constexpr const wchar_t* kResourcesFolder = L"Resources/CommonDialogs";
 
     // The application resources, the process's engine and the Qt user interface (a
-    // UI::GuiSession must exist while start-up runs).
+    // CommonGuiLib::GuiSession must exist while start-up runs).
     static Services DefaultServices();
     // What DefaultServices' initializeResources does, on `holder`: hands every parameter of
     // `product` to its placeholders, initialises it from `folder` and selects `language`.

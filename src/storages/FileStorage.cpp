@@ -1,9 +1,9 @@
 #include "storages/FileStorage.h"
 
+#include "graphics/Images.h"
 #include "storages/ResourceErrors.h"
 #include "storages/internal/ResourceFileNames.h"
 #include "system/FileHelpers.h"
-#include "ui/gdi/Images.h"
 
 namespace ResourceLib {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "foundation/LiteString.h"
-#include "ui/gdi/SharedGDIObject.h"
+#include "graphics/SharedGDIObject.h"
 
 namespace ResourceLib {
 

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/SystemMetrics.h"
 
 namespace ResourceLib {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <string>
 
+#include "graphics/Images.h"
+#include "graphics/SystemMetrics.h"
 #include "storages/ResourceErrors.h"
 #include "storages/SystemColors.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SystemMetrics.h"
 
 namespace ResourceLib {
 

@@ -1,11 +1,11 @@
 #include "storages/WinResStorage.h"
 
 #include "foundation/TextConversion.h"
+#include "graphics/Images.h"
 #include "platform/ResourceImage.h"
 #include "storages/ResourceErrors.h"
 #include "system/Language.h"
 #include "system/ModuleResources.h"
-#include "ui/gdi/Images.h"
 
 namespace ResourceLib {
 

@@ -6,14 +6,14 @@
 #include <boost/make_shared.hpp>
 
 #include "foundation/Check.h"
+#include "graphics/Images.h"
+#include "graphics/SystemMetrics.h"
 #include "storages/ResourceErrors.h"
 #include "storages/internal/ColorText.h"
 #include "storages/internal/DecimalText.h"
 #include "storages/internal/FontText.h"
 #include "storages/internal/ResourceFileNames.h"
 #include "system/FileHelpers.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SystemMetrics.h"
 
 namespace ResourceLib {
 

@@ -19,8 +19,8 @@
 #include <utility>
 
 #include "foundation/Check.h"
+#include "graphics/SystemMetrics.h"
 #include "system/ShellHelpers.h"
-#include "ui/gdi/SystemMetrics.h"
 
 namespace {
 

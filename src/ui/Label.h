@@ -24,8 +24,8 @@
 #include <QEvent>
 #include <QWidget>
 
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SharedGDIObject.h"
+#include "graphics/Images.h"
+#include "graphics/SharedGDIObject.h"
 
 class CLabel : public QWidget {
 public:

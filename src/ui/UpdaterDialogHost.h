@@ -1,12 +1,12 @@
-// What the application needs of the user interface, without Qt in sight: the Qt session of
-// the process, the skin, the warning box and one modal run of the progress dialog.
+// What the application needs of the user interface, without Qt in sight: the skin, the
+// warning box and one modal run of the progress dialog.
 //
 // Thread safety: everything here on the user-interface thread (the thread that built the
-// GuiSession), and only while a GuiSession exists, except where a function says otherwise.
+// CommonGuiLib::GuiSession), and only while that session exists, except where a function
+// says otherwise.
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "resourcelib/StringID.h"
@@ -44,24 +44,6 @@ struct UpdaterDialogContext {
 // The text of `id` from the process's application resources ("" when it has none). Links
 // the resource library in; tests of the dialog give texts of their own.
 std::wstring ApplicationText(AppResources::StringID id);
-
-// The Qt application object of the process. Build one on the main thread before anything
-// else of this header is used, and keep it until the user interface is no longer needed.
-// It must also come before any CommonGuiLib::GuiSession: Qt allows one application object
-// per process, and the image helpers' session then finds and uses this one.
-class GuiSession {
-public:
-    // argc and argv must outlive the session (Qt keeps them). Qt ends the process when no
-    // display can be opened, as every Qt program does.
-    GuiSession(int& argc, char** argv);
-    ~GuiSession();
-    GuiSession(const GuiSession&) = delete;
-    GuiSession& operator=(const GuiSession&) = delete;
-
-private:
-    struct Impl;
-    std::unique_ptr<Impl> impl;
-};
 
 // Applies the Qt style sheet in the file `path` to the whole application. False, and the
 // plain look kept, when the file is missing, unreadable or empty.

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
+#include "graphics/SystemMetrics.h"
 #include "storages/internal/FontText.h"
-#include "ui/gdi/SystemMetrics.h"
 
 using namespace ResourceLib;
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "StorageTestSupport.h"
-#include "ui/gdi/Images.h"
+#include "graphics/Images.h"
 
 using namespace ResourceLib;
 using StorageTests::ErrorOf;

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "ui/gdi/GuiSession.h"
+#include "graphics/GuiSession.h"
 
 namespace {
 

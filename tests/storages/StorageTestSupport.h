@@ -11,10 +11,10 @@
 #include <boost/make_shared.hpp>
 
 #include "foundation/TextConversion.h"
+#include "graphics/GdiFixtures.h"
 #include "resourcelib/ManagerImpl.h"
 #include "storages/ResourceErrors.h"
 #include "support/TestFiles.h"
-#include "ui/gdi/GdiFixtures.h"
 
 namespace StorageTests {
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "StorageTestSupport.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/Images.h"
+#include "graphics/SystemMetrics.h"
 
 using namespace ResourceLib;
 using StorageTests::ErrorOf;

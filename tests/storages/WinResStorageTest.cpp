@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "StorageTestSupport.h"
+#include "graphics/Images.h"
 #include "system/Language.h"
-#include "ui/gdi/Images.h"
 
 using namespace ResourceLib;
 using StorageTests::ErrorOf;

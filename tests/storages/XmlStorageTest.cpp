@@ -5,8 +5,8 @@
 #include <stdexcept>
 
 #include "StorageTestSupport.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/Images.h"
+#include "graphics/SystemMetrics.h"
 
 using namespace ResourceLib;
 using StorageTests::ErrorOf;

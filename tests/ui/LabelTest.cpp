@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "UiTestApplication.h"
+#include "graphics/SystemMetrics.h"
 #include "support/RecordingSink.h"
 #include "ui/Label.h"
-#include "ui/gdi/SystemMetrics.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// One QApplication for the whole UI test program, on the offscreen platform unless the
+// One Qt application for the whole UI test program, on the offscreen platform unless the
 // environment names another. It lives until the program ends.
 #pragma once
 
@@ -8,18 +8,15 @@
 #include <functional>
 #include <thread>
 
+#include "graphics/GuiSession.h"
 #include "platform/Environment.h"
 
 namespace TestSupport {
 
 inline void EnsureQApplication() {
-    if (qApp != nullptr) return;
     if (!Platform::GetEnvironment("QT_QPA_PLATFORM"))
         Platform::SetEnvironment("QT_QPA_PLATFORM", "offscreen");
-    static int argc = 1;
-    static char name[] = "ui_tests";
-    static char* argv[] = {name, nullptr};
-    new QApplication(argc, argv);
+    static CommonGuiLib::GuiSession session;
 }
 
 // Handles events until `condition` holds; false when it still does not after `timeoutMs`.

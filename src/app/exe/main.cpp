@@ -3,10 +3,11 @@
 #include <iostream>
 
 #include "app/UpdaterApp.h"
+#include "graphics/GuiSession.h"
 #include "ui/UpdaterDialogHost.h"
 
 int main(int argc, char** argv) {
-    UI::GuiSession gui(argc, argv);
+    CommonGuiLib::GuiSession gui(argc, argv);
     CUpdaterApp app(GetProductConfiguration(), CUpdaterApp::DefaultServices());
     app.InitInstance();
     const int exitCode = app.ExitInstance();

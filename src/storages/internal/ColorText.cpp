@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "graphics/SystemMetrics.h"
 #include "storages/SystemColors.h"
 #include "storages/internal/DecimalText.h"
-#include "ui/gdi/SystemMetrics.h"
 
 namespace ResourceLib::internal {
 

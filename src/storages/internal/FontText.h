@@ -11,8 +11,8 @@
 
 #include <string_view>
 
+#include "graphics/SystemMetrics.h"
 #include "storages/ResourceTypes.h"
-#include "ui/gdi/SystemMetrics.h"
 
 namespace ResourceLib::internal {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-#include "ui/gdi/SharedGDIObject.h"
+#include "graphics/SharedGDIObject.h"
 
 namespace CommonGuiLib::internal {
 

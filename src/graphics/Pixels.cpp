@@ -2,9 +2,9 @@
 // premultiplying colour by alpha with the integer rule c * a / 255.
 #include <QImage>
 
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SystemMetrics.h"
-#include "ui/gdi/internal/QtImages.h"
+#include "graphics/Images.h"
+#include "graphics/SystemMetrics.h"
+#include "graphics/internal/QtImages.h"
 
 namespace CommonGuiLib {
 

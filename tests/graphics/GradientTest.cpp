@@ -3,7 +3,7 @@
 #include <QImage>
 #include <QPainter>
 
-#include "ui/gdi/Images.h"
+#include "graphics/Images.h"
 
 namespace CommonGuiLib {
 namespace {

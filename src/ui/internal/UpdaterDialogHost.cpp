@@ -11,15 +11,6 @@
 
 namespace UI {
 
-struct GuiSession::Impl {
-    Impl(int& argc, char** argv) : application(argc, argv) {}
-    QApplication application;
-};
-
-GuiSession::GuiSession(int& argc, char** argv) : impl(std::make_unique<Impl>(argc, argv)) {}
-
-GuiSession::~GuiSession() = default;
-
 bool LoadSkin(const std::wstring& path) {
     std::vector<uint8_t> bytes;
     if (!System::ReadWholeFile(path, bytes) || bytes.empty()) return false;

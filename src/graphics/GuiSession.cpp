@@ -1,5 +1,6 @@
-#include "ui/gdi/GuiSession.h"
+#include "graphics/GuiSession.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QGuiApplication>
 
@@ -7,16 +8,18 @@
 
 namespace CommonGuiLib {
 
-// The application keeps references to its argument count and vector, so they live beside it.
+// The application keeps references to its argument count and vector, so they live beside it
+// when the session supplies them.
 struct GuiSession::Application {
-    explicit Application(bool offscreen) : argc(offscreen ? 3 : 1), app(argc, argv) {}
+    explicit Application(bool offscreen) : ownArgc(offscreen ? 3 : 1), app(ownArgc, ownArgv) {}
+    Application(int& argc, char** argv) : app(argc, argv) {}
 
     char name[8] = "lumetta";
     char platformOption[10] = "-platform";
     char platformName[10] = "offscreen";
-    char* argv[4] = {name, platformOption, platformName, nullptr};
-    int argc;
-    QGuiApplication app;
+    char* ownArgv[4] = {name, platformOption, platformName, nullptr};
+    int ownArgc = 1;
+    QApplication app;
 };
 
 namespace {
@@ -35,6 +38,11 @@ GuiSession::GuiSession() {
     const bool offscreen = !IsSetAndNotEmpty("QT_QPA_PLATFORM") && !IsSetAndNotEmpty("DISPLAY") &&
                            !IsSetAndNotEmpty("WAYLAND_DISPLAY");
     m_application = std::make_unique<Application>(offscreen);
+}
+
+GuiSession::GuiSession(int& argc, char** argv) {
+    if (QCoreApplication::instance() != nullptr) return;
+    m_application = std::make_unique<Application>(argc, argv);
 }
 
 GuiSession::~GuiSession() = default;

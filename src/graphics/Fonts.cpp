@@ -13,7 +13,7 @@
 #include <cmath>
 #include <memory>
 
-#include "ui/gdi/Images.h"
+#include "graphics/Images.h"
 
 namespace CommonGuiLib {
 

@@ -3,8 +3,8 @@
 #include <QImage>
 
 #include "GdiFixtures.h"
+#include "graphics/Images.h"
 #include "support/TestFiles.h"
-#include "ui/gdi/Images.h"
 
 namespace CommonGuiLib {
 namespace {

@@ -3,12 +3,12 @@
 
 #include <vector>
 
+#include "graphics/Images.h"
+#include "graphics/internal/QtImages.h"
 #include "platform/BitmapResource.h"
 #include "platform/ResourceImage.h"
 #include "system/FileHelpers.h"
 #include "system/ModuleResources.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/internal/QtImages.h"
 
 namespace CommonGuiLib {
 

@@ -7,10 +7,10 @@
 
 #include <tuple>
 
+#include "graphics/GuiSession.h"
+#include "graphics/Images.h"
+#include "graphics/SystemMetrics.h"
 #include "platform/Environment.h"
-#include "ui/gdi/GuiSession.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/SystemMetrics.h"
 
 namespace CommonGuiLib {
 namespace {

@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "foundation/TextConversion.h"
+#include "graphics/Images.h"
+#include "graphics/internal/QtImages.h"
 #include "platform/IconGroup.h"
 #include "platform/ResourceImage.h"
 #include "system/FileHelpers.h"
 #include "system/ModuleResources.h"
-#include "ui/gdi/Images.h"
-#include "ui/gdi/internal/QtImages.h"
 
 namespace CommonGuiLib {
 

@@ -1,4 +1,4 @@
-#include "ui/gdi/SharedGDIObject.h"
+#include "graphics/SharedGDIObject.h"
 
 #include <QFont>
 #include <QImage>

@@ -16,7 +16,7 @@
 #include <map>
 #include <string>
 
-#include "ui/gdi/SharedGDIObject.h"
+#include "graphics/SharedGDIObject.h"
 
 class QPainter;
 

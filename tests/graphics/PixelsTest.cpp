@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-#include "ui/gdi/Images.h"
+#include "graphics/Images.h"
 
 namespace CommonGuiLib {
 namespace {

@@ -12,8 +12,8 @@
 #include <cstdlib>
 #include <iterator>
 
-#include "ui/gdi/Images.h"
-#include "ui/gdi/internal/QtImages.h"
+#include "graphics/Images.h"
+#include "graphics/internal/QtImages.h"
 
 namespace CommonGuiLib {
 

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "ui/gdi/Images.h"
-#include "ui/gdi/internal/QtImages.h"
+#include "graphics/Images.h"
+#include "graphics/internal/QtImages.h"
 
 namespace CommonGuiLib {
 

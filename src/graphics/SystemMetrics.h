@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-#include "ui/gdi/Images.h"
+#include "graphics/Images.h"
 
 namespace CommonGuiLib {
 

@@ -1,6 +1,6 @@
 // Display colours, non-client fonts, installed font families and screen depth, from Qt
 // while a QGuiApplication runs and from fixed defaults otherwise.
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/SystemMetrics.h"
 
 #include <QColor>
 #include <QFont>
@@ -13,7 +13,7 @@
 #include <cmath>
 #include <optional>
 
-#include "ui/gdi/GuiSession.h"
+#include "graphics/GuiSession.h"
 
 namespace CommonGuiLib {
 
