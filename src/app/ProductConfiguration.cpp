@@ -160,6 +160,7 @@ ProductInfo ProductConfiguration::GetProductInfo() {
     info.productVersion = GetProductVersion();
     info.shortProductVersion = GetShortProductVersion();
     info.companyName = GetProductCompanyName();
+    info.extraParameters.emplace_back(L"ComponentName", GetComponentName());
     return info;
 }
 

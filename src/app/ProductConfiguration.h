@@ -25,7 +25,9 @@ struct ProductInfo {
     std::wstring productVersion;       // "ProductVersion"
     std::wstring shortProductVersion;  // "ShortProductVersion"
     std::wstring companyName;          // "CompanyName"
-    std::vector<std::pair<std::wstring, std::wstring>> extraParameters;  // none here
+    // Further named parameters: "ComponentName", so that texts naming the component resolve
+    // inside the resource library too (its own check counts an unresolved one as missing).
+    std::vector<std::pair<std::wstring, std::wstring>> extraParameters;
 };
 
 class ProductConfiguration {

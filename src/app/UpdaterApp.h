@@ -22,6 +22,9 @@
 namespace Engine {
 class UpdateEngine;
 }
+namespace AppResources {
+class ResourceManagerHolder;
+}
 
 class CUpdaterApp {
 public:
@@ -56,6 +59,11 @@ public:
     // The application resources, the process's engine and the Qt user interface (a
     // CommonGuiLib::GuiSession must exist while start-up runs).
     static Services DefaultServices();
+    // What DefaultServices' initializeResources does, on `holder`: hands every parameter of
+    // `product` to its placeholders, initialises it from `folder` and selects `language`.
+    static void InitializeResources(AppResources::ResourceManagerHolder& holder,
+                                    const std::wstring& folder, const ProductInfo& product,
+                                    const std::wstring& language);
 
     // `configuration` must outlive the application object.
     CUpdaterApp(ProductConfiguration& configuration, Services services);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -108,9 +109,17 @@ void CUpdaterDlg::showEvent(QShowEvent* event) {
 
 void CUpdaterDlg::OnInitDialog() {
     setWindowTitle(QString::fromStdWString(ExpandedText(StringID_ProductInstallation)));
-    launchButton->setText(QString::fromStdWString(ExpandedText(StringID_LaunchProduct)));
-    cancelButton->setText(QString::fromStdWString(ExpandedText(StringID_CancelInstallation)));
+    // A long product name widens the launch button into the free room on its left, up to
+    // the margin that the bar keeps.
+    UI::internal::FitButtonText(
+        launchButton, QString::fromStdWString(ExpandedText(StringID_LaunchProduct)), progress->x());
+    UI::internal::FitButtonText(cancelButton,
+                                QString::fromStdWString(ExpandedText(StringID_CancelInstallation)),
+                                cancelButton->x());
     label->SetFontName(kLabelFace, kLabelCharSet).SetFontSize(kLabelPointSize);
+    // The label has room for one line: a text that a long product name makes too wide ends
+    // in "..." rather than in a second line cut off at the bottom.
+    label->SetEndEllipsis(true);
     if (context.startEngine) context.engine->Start();
     label->SetText(ExpandedText(StringID_PreparingForDownload));
 }
@@ -129,7 +138,8 @@ void CUpdaterDlg::OnUpdateState() {
     if (finished) {
         progress->hide();
         if (!context.runWithProduct) launchButton->show();
-        cancelButton->setText(QString::fromStdWString(Text(StringID_Close)));
+        UI::internal::FitButtonText(cancelButton, QString::fromStdWString(Text(StringID_Close)),
+                                    cancelButton->x());
     }
     label->SetText(Text(LabelTextFor(state)));
     if (finished && !m_cancelled) RunDemoAids();
@@ -163,14 +173,19 @@ void CUpdaterDlg::ReportFailure() {
         if (context.showFailure) {
             context.showFailure(text, caption);
         } else {
-            QMessageBox box(QMessageBox::Warning, QString::fromStdWString(caption),
-                            QString::fromStdWString(text), QMessageBox::Ok, this);
-            box.exec();
+            NewFailureBox(text, caption, this)->exec();
         }
         m_failureBoxOpen = false;
     }
     // The worker has ended by itself; only the window goes.
     QDialog::reject();
+}
+
+std::unique_ptr<QMessageBox> CUpdaterDlg::NewFailureBox(const std::wstring& text,
+                                                        const std::wstring& caption,
+                                                        QWidget* parent) {
+    return std::make_unique<QMessageBox>(QMessageBox::Warning, QString::fromStdWString(caption),
+                                         QString::fromStdWString(text), QMessageBox::Ok, parent);
 }
 
 void CUpdaterDlg::reject() {

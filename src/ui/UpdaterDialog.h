@@ -14,12 +14,16 @@
 // OnProgress, which any thread may call.
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include <QDialog>
 
 #include "engine/IUpdateEvents.h"
 #include "ui/UpdaterDialogHost.h"
 
 class QCloseEvent;
+class QMessageBox;
 class QProgressBar;
 class QPushButton;
 class QShowEvent;
@@ -48,6 +52,11 @@ public:
     // The handlers of the queued events. Public for tests that drive the dialog directly.
     void OnUpdateState();
     void OnUpdateProgress();
+
+    // The warning box that reports a failed update (or, without parent, a start that cannot
+    // go on), not yet shown.
+    static std::unique_ptr<QMessageBox> NewFailureBox(const std::wstring& text,
+                                                      const std::wstring& caption, QWidget* parent);
 
     // The controls, for tests.
     CLabel* StatusLabel() const { return label; }

@@ -153,7 +153,8 @@ TEST_F(ConfigurationTest, TheProductVersionComesFromTheExecutableBesideTheUpdate
         std::tie(info.productName, info.fullProductName, info.productVersion,
                  info.shortProductVersion, info.companyName),
         std::tie(L"LumettaPlayer", L"Lumetta Player", L"1. 4. 1. 0", L"1. 4", L"Company Name"));
-    EXPECT_TRUE(info.extraParameters.empty());
+    EXPECT_EQ(info.extraParameters, (std::vector<std::pair<std::wstring, std::wstring>>{
+                                        {L"ComponentName", L"Automatic Update"}}));
     EXPECT_EQ(configuration.ExpandPlaceholders(L"v{ShortProductVersion} ({ProductVersion})"),
               L"v1. 4 (1. 4. 1. 0)");
 

@@ -11,6 +11,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QString>
+#include <QStringList>
 
 #include "platform/IconGroup.h"
 #include "system/ModuleResources.h"
@@ -158,6 +159,34 @@ std::map<uint32_t, QWidget*> BuildControls(
         if (item.id != kNoId16 && item.id != kNoId32) controls[item.id] = control;
     }
     return controls;
+}
+
+void FitButtonText(QPushButton* button, const QString& text, int leftmost) {
+    // The width the style asks for the text, margins and frame included.
+    const auto needed = [button](const QString& shown) {
+        button->setText(shown);
+        return button->sizeHint().width();
+    };
+    button->setToolTip(QString());
+    const int width = needed(text);
+    QRect place = button->geometry();
+    if (width <= place.width()) return;
+    place.setLeft(std::max(leftmost, place.right() + 1 - width));
+    button->setGeometry(place);
+    if (width <= place.width()) return;
+
+    button->setToolTip(text);
+    const QString ellipsis = QStringLiteral("...");
+    QStringList words = text.split(QChar(' '), Qt::SkipEmptyParts);
+    while (words.size() > 1) {
+        words.removeLast();
+        const QString shown = words.join(QChar(' ')) + ellipsis;
+        if (needed(shown) <= place.width()) return;
+    }
+    // Not even one word fits: cut inside it, within what the style's margins leave.
+    const int margins = width - button->fontMetrics().horizontalAdvance(text);
+    button->setText(button->fontMetrics().elidedText(text, Qt::ElideRight,
+                                                     std::max(0, place.width() - margins)));
 }
 
 }  // namespace UI::internal

@@ -17,6 +17,8 @@
 
 #include "platform/DialogTemplate.h"
 
+class QPushButton;
+class QString;
 class QWidget;
 
 namespace UI::internal {
@@ -50,5 +52,11 @@ QFont DialogFont(const Platform::DialogTemplate& dialogTemplate);
 std::map<uint32_t, QWidget*> BuildControls(
     const Platform::DialogTemplate& dialogTemplate, QWidget* dialog,
     const std::function<QWidget*(const Platform::DialogItem&)>& makeText);
+
+// Sets `text` on `button`. A text wider than the button makes it grow to the left, as far
+// as x = `leftmost`; one still too wide loses whole words from its end, replaced by "...",
+// and shows in full as the button's tool tip. Words are cut only when not even the first
+// one fits.
+void FitButtonText(QPushButton* button, const QString& text, int leftmost);
 
 }  // namespace UI::internal

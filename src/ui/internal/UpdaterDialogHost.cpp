@@ -23,9 +23,7 @@ bool LoadSkin(const std::wstring& path) {
 }
 
 void ShowWarningBox(const std::wstring& text, const std::wstring& caption) {
-    QMessageBox box(QMessageBox::Warning, QString::fromStdWString(caption),
-                    QString::fromStdWString(text), QMessageBox::Ok);
-    box.exec();
+    CUpdaterDlg::NewFailureBox(text, caption, nullptr)->exec();
 }
 
 bool RunUpdaterDialog(const UpdaterDialogContext& context) {
