@@ -14,7 +14,7 @@
 #include "resourcelib/ManagerImpl.h"
 #include "resourcelib/ResourceManagerFactory.h"
 #include "resourcelib/XmlMetadataProvider.h"
-#include "ui/gdi/GuiSession.h"
+#include "graphics/GuiSession.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include "storages/internal/ColorText.h"
 #include "storages/internal/DecimalText.h"
 #include "storages/internal/FontText.h"
-#include "ui/gdi/GuiSession.h"
-#include "ui/gdi/SystemMetrics.h"
+#include "graphics/GuiSession.h"
+#include "graphics/SystemMetrics.h"
 
 using namespace ResourceLib::internal;
 using ResourceLib::COLORREF;

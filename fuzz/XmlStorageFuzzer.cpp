@@ -14,7 +14,7 @@
 #include "FuzzSupport.h"
 #include "resourcelib/ManagerImpl.h"
 #include "storages/XmlStorage.h"
-#include "ui/gdi/GuiSession.h"
+#include "graphics/GuiSession.h"
 
 namespace {
 
