@@ -37,12 +37,12 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/resources/CommonDialogs
 if(EXISTS ${PROJECT_SOURCE_DIR}/src/resources/Styles)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/resources/Styles DESTINATION ${LUMETTA_UPDATER_DIR})
 endif()
-# The link resolves to the real program, which finds its resources beside itself.
-install(CODE "
-  set(bin \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin\")
-  file(MAKE_DIRECTORY \"\${bin}\")
-  file(CREATE_LINK ../${LUMETTA_UPDATER_DIR}/lumetta-updater \"\${bin}/lumetta-updater\" SYMBOLIC)
-")
+# The link resolves to the real program, which finds its resources beside itself. It is
+# made here and installed as a link.
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/install-links)
+file(CREATE_LINK ../${LUMETTA_UPDATER_DIR}/lumetta-updater
+     ${PROJECT_BINARY_DIR}/install-links/lumetta-updater SYMBOLIC)
+install(FILES ${PROJECT_BINARY_DIR}/install-links/lumetta-updater DESTINATION bin)
 install(TARGETS lumetta-diag RUNTIME DESTINATION bin)
 install(FILES ${PROJECT_SOURCE_DIR}/include/lumetta/product.h DESTINATION include/lumetta)
 

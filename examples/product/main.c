@@ -21,12 +21,13 @@ static const char* const kUpdater = "/usr/bin/lumetta-updater";
  * from and closes, and where the new setup comes from (without /downloadURL: the registry
  * value "DownloadURL" or the updater's built-in address). */
 static int start_updater(const char* name, const char* exe) {
-    char* argv[] = {(char*)kUpdater,           (char*)"/productName",
-                    (char*)name,               (char*)"/productExecutable",
-                    (char*)exe,                NULL};
+    char* argv[] = {(char*)kUpdater, (char*)"/productName",
+                    (char*)name,     (char*)"/productExecutable",
+                    (char*)exe,      NULL};
     pid_t pid;
     int error = posix_spawn(&pid, kUpdater, NULL, NULL, argv, environ);
-    if (error != 0) fprintf(stderr, "example-product: cannot start %s: %s\n", kUpdater, strerror(error));
+    if (error != 0)
+        fprintf(stderr, "example-product: cannot start %s: %s\n", kUpdater, strerror(error));
     return error == 0 ? 0 : 1;
 }
 
