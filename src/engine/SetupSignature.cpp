@@ -70,21 +70,24 @@ bool ParseSignature(std::string_view text, SetupSignature* signature, std::strin
         return Fail(reason, "the signature file is larger than " +
                                 std::to_string(kMaxSignatureFileSize) + " bytes");
 
+    // The first line is checked before the count of lines, so that an error page in place
+    // of the signature is named as what it is.
     std::string_view lines[4];
+    std::size_t count = 0;
     std::string_view rest = text;
-    for (std::string_view& line : lines) {
-        if (rest.empty()) return Fail(reason, "the signature file is truncated");
+    for (; count < 4 && !rest.empty(); ++count) {
         const std::size_t end = rest.find('\n');
-        line = rest.substr(0, end);
+        std::string_view line = rest.substr(0, end);
         rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
         if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+        lines[count] = line;
     }
-    if (!TrimBlanks(rest).empty())
-        return Fail(reason, "the signature file has more than four lines");
-
     SetupSignature result;
     if (!lines[0].starts_with(kUntrustedPrefix))
         return Fail(reason, "the signature file does not begin with an untrusted comment");
+    if (count < 4) return Fail(reason, "the signature file is truncated");
+    if (!TrimBlanks(rest).empty())
+        return Fail(reason, "the signature file has more than four lines");
     result.untrustedComment = lines[0].substr(kUntrustedPrefix.size());
 
     std::vector<uint8_t> bytes;
