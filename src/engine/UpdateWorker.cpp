@@ -1,11 +1,22 @@
 #include "engine/UpdateWorker.h"
 
 #include "engine/Timeouts.h"
+#include "engine/internal/ReportLog.h"
 #include "engine/internal/SetupProcess.h"
+#include "system/CommandLine.h"
 #include "system/FileHelpers.h"
 #include "system/ShellHelpers.h"
 
 namespace Engine {
+namespace {
+
+// Writer names of the worker's log lines.
+constexpr const wchar_t* kSetupFileWriter = L"Engine:UpdateWorker:UpdateWorker@1";
+constexpr const wchar_t* kSetupStartWriter = L"Engine:UpdateWorker:Install@1";
+constexpr const wchar_t* kSetupEndWriter = L"Engine:UpdateWorker:Install@2";
+constexpr const wchar_t* kOutcomeWriter = L"Engine:UpdateWorker:Run@1";
+
+}  // namespace
 
 UpdateWorker::UpdateWorker(std::wstring downloadURL, bool silent, IUpdateEvents* events,
                            std::wstring setupFilePath)
@@ -21,6 +32,9 @@ UpdateWorker::UpdateWorker(std::wstring downloadURL, bool silent, IUpdateEvents*
     // The download watches the stop request so that a cancel does not wait out a slow
     // server; the cancel flag alone only stops it between blocks.
     downloader.SetStopFlag(&stopRequested);
+    downloader.SetReport(&report);
+    report.setupPath = this->setupFilePath;
+    internal::LogReportLine(kSetupFileWriter, [&] { return DescribeSetupFile(report); });
 }
 
 UpdateWorker::~UpdateWorker() {
@@ -29,15 +43,23 @@ UpdateWorker::~UpdateWorker() {
 
 uint32_t UpdateWorker::Run() {
     SetState(Connecting);
+    uint32_t result = 1;
     if (Download() && !failed.load()) {
         SetState(Installing);
         failed.store(!Install());
-        SetState(Finished);
-        return 0;
+        result = 0;
+    } else {
+        if (cancelled.load() && report.transfer != TransferEnd::Complete)
+            report.transfer = TransferEnd::Cancelled;
+        failed.store(true);
     }
-    failed.store(true);
+    report.cancelled = cancelled.load();
+    internal::LogReportLine(kOutcomeWriter, [&] {
+        if (!failed.load()) return ReportLine{2, L"update installed"};
+        return ReportLine{4, L"update failed: " + FailureReason(report)};
+    });
     SetState(Finished);
-    return 1;
+    return result;
 }
 
 void UpdateWorker::SetState(UpdateState newState) {
@@ -72,12 +94,24 @@ bool UpdateWorker::Download() {
 }
 
 bool UpdateWorker::Install() {
-    setupProcess->Start(setupFilePath, silent ? kSilentSetupArguments : L"");
+    const wchar_t* arguments = silent ? kSilentSetupArguments : L"";
+    report.setupCommandLine = System::BuildCommandLine(setupFilePath, arguments);
+    setupProcess->Start(setupFilePath, arguments, &report.startError);
+    report.setup = setupProcess->HasHandle() ? SetupEnd::Running : SetupEnd::NotStarted;
+    internal::LogReportLine(kSetupStartWriter, [&] { return DescribeSetupStart(report); });
     if (!setupProcess->HasHandle()) return false;
     // Besides the time limit, the wait ends on a stop request: a cancel then ends the
     // setup at once instead of waiting for it (without limit in a non-silent run).
     const uint32_t limit = silent ? SilentSetupTimeoutMs() : ThreadLib::kInfinite;
-    if (setupProcess->Wait(limit, &stopRequested) != SetupProcess::WaitResult::Ended) return false;
+    report.setupLimitMs = limit;
+    const SetupProcess::WaitResult waited = setupProcess->Wait(limit, &stopRequested);
+    report.setup = waited == SetupProcess::WaitResult::Ended      ? SetupEnd::Exited
+                   : waited == SetupProcess::WaitResult::TimedOut ? SetupEnd::TimedOut
+                   : waited == SetupProcess::WaitResult::Stopped  ? SetupEnd::Stopped
+                                                                  : SetupEnd::WaitFailed;
+    report.exitCode = setupProcess->ExitCode();
+    internal::LogReportLine(kSetupEndWriter, [&] { return DescribeSetupEnd(report); });
+    if (waited != SetupProcess::WaitResult::Ended) return false;
     // The setup's exit code is not examined: any ending counts as an installation.
     System::DeleteWithShell(setupFilePath, false);
     return true;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "platform/ProcessHandle.h"
 #include "system/ProcessInfo.h"
 #include "system/Processes.h"
 
@@ -15,8 +16,8 @@ struct SetupProcess::State {
 SetupProcess::SetupProcess() : state(std::make_unique<State>()) {}
 SetupProcess::~SetupProcess() = default;
 
-bool SetupProcess::Start(const std::wstring& path, const std::wstring& arguments) {
-    state->process = System::StartProcess(path, arguments, System::kCreateNoWindow);
+bool SetupProcess::Start(const std::wstring& path, const std::wstring& arguments, uint32_t* error) {
+    state->process = System::StartProcess(path, arguments, System::kCreateNoWindow, error);
     id.store(state->process.GetId());
     return state->process.HasHandle();
 }
@@ -42,6 +43,11 @@ SetupProcess::WaitResult SetupProcess::Wait(uint32_t timeoutMs, const std::atomi
         if (stop && stop->load()) return WaitResult::Stopped;
         if (timeoutMs != System::kInfinite && step < kStepMs) return WaitResult::TimedOut;
     }
+}
+
+std::optional<int> SetupProcess::ExitCode() const {
+    const auto& handle = state->process.GetHandle();
+    return handle ? handle->ExitStatus() : std::nullopt;
 }
 
 void SetupProcess::Terminate() {
