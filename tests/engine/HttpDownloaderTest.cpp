@@ -136,39 +136,18 @@ TEST_F(HttpDownloaderTest, EachServerAnswerEndsAsTheCallerCanObserve) {
         bool prefixOnly = false;
     };
     const std::vector<int> loop(11, 302);
+    const std::string chunks = Pattern(1000, 0) + Pattern(1000, 1) + Pattern(1000, 2);
+    const std::string notFound = "<html><body>Not Found</body></html>";
+    const std::string echo = "GET /echo-redirected HTTP/1.1\r\n";
+    const std::string small = Pattern(100000);
     const Case cases[] = {
         {L"http://127.0.0.2/nolength", true, 1, 0, End::Complete, {200}, Pattern(5000)},
         {L"http://127.0.0.2/zerolength", true, 1, 0, End::Complete, {200}, ""},
         {L"http://127.0.0.2/empty", true, 1, 0, End::Complete, {200}, ""},
-        {L"http://127.0.0.2/chunked",
-         true,
-         1,
-         0,
-         End::Complete,
-         {200},
-         Pattern(1000, 0) + Pattern(1000, 1) + Pattern(1000, 2)},
-        {L"http://127.0.0.2/missing",
-         true,
-         1,
-         kAny,
-         End::Complete,
-         {404},
-         "<html><body>Not Found</body></html>"},
-        {L"http://127.0.0.2/redirect?small.bin",
-         true,
-         1,
-         100000,
-         End::Complete,
-         {302, 200},
-         Pattern(100000)},
-        {L"http://127.0.0.2/relative",
-         true,
-         1,
-         kAny,
-         End::Complete,
-         {302, 200},
-         "GET /echo-redirected HTTP/1.1\r\n",
-         true},
+        {L"http://127.0.0.2/chunked", true, 1, 0, End::Complete, {200}, chunks},
+        {L"http://127.0.0.2/missing", true, 1, kAny, End::Complete, {404}, notFound},
+        {L"http://127.0.0.2/redirect?small.bin", true, 1, 100000, End::Complete, {302, 200}, small},
+        {L"http://127.0.0.2/relative", true, 1, kAny, End::Complete, {301, 200}, echo, true},
         {L"http://127.0.0.2/loop", false, 0, kAny, End::TooManyRedirects, loop, ""},
         {L"http://127.0.0.2/tohttps", false, 0, kAny, End::Refused, {302}, ""},  // nothing on 443
         {L"http://127.0.0.2/cut", false, 1, 100000, End::Cut, {200}, Pattern(30000)},

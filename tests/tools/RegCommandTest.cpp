@@ -95,7 +95,7 @@ TEST(RegCommand, CheckListsEveryProblemAndTheLogGetsTheSkippedLines) {
     TestSupport::CommandOutput run = TestSupport::RunProgram({LUMETTA_DIAG, "reg", "check"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out, user + ":5: value name without closing quote\n" + machine +
-                           ":2: key line without closing bracket\n" + machine + ":4: bad dword\n" +
+                           ":2: key line without closing bracket\n" + machine + ":4: bad dword data\n" +
                            users +
                            ": the file is not a regular file\n"
                            "4 problems in the hive files\n");
