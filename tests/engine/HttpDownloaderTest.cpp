@@ -153,6 +153,7 @@ TEST_F(HttpDownloaderTest, EachServerAnswerEndsAsTheCallerCanObserve) {
         {L"http://127.0.0.2/cut", false, 1, 100000, End::Cut, {200}, Pattern(30000)},
         {L"http://127.0.0.3/small.bin", false, 0, kAny, End::Refused, {}, ""},
         {L"http:///nohost", false, 0, kAny, End::BadAddress, {}, ""},
+        {L"http://updates.invalid/small.bin", false, 0, kAny, End::NameNotResolved, {}, ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(STLHelpers::WideToUtf8(c.url));
