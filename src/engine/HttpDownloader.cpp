@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <mutex>
@@ -10,7 +11,9 @@
 #include <vector>
 
 #include "engine/Timeouts.h"
+#include "engine/internal/ReportLog.h"
 #include "engine/internal/UrlParts.h"
+#include "foundation/TextConversion.h"
 #include "platform/Environment.h"
 
 namespace Engine {
@@ -20,6 +23,11 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kMaxRedirects = 10;
 constexpr long kBlockSize = 100 * 1024;
+
+// Writer names of the download's log lines.
+constexpr const wchar_t* kRequestWriter = L"Engine:HttpDownloader:Download@1";
+constexpr const wchar_t* kResponseWriter = L"Engine:HttpDownloader:Download@2";
+constexpr const wchar_t* kTransferWriter = L"Engine:HttpDownloader:Download@3";
 
 void InitialiseCurlOnce() {
     static std::once_flag once;
@@ -94,6 +102,11 @@ struct HttpDownloader::Transfer {
     curl_slist* headers = nullptr;
     IDownloadConsumer* consumer = nullptr;
     const std::atomic<bool>* stop = nullptr;
+    UpdateReport* report = nullptr;  // never null while Download runs
+
+    // Why a callback gave up, when one did: curl then only says that it was told to stop.
+    TransferEnd givenUp = TransferEnd::NotStarted;
+    char errorText[CURL_ERROR_SIZE] = {};
 
     std::string currentUrl;
     std::string currentScheme = "http";
@@ -134,32 +147,56 @@ struct HttpDownloader::Transfer {
     // Writes the gathered block, if any. False once a write has failed.
     bool FlushPending() {
         if (pending.empty()) return !writeFailed;
-        if (!writeFailed && !consumer->Write(pending.data(), pending.size())) writeFailed = true;
+        if (!writeFailed && !consumer->Write(pending.data(), pending.size())) {
+            GiveUp(TransferEnd::WriteFailed);
+            writeFailed = true;
+        }
         pending.clear();
         return !writeFailed;
+    }
+
+    // Keeps the first reason only: what follows a failure is its consequence.
+    void GiveUp(TransferEnd reason) {
+        if (givenUp == TransferEnd::NotStarted) givenUp = reason;
     }
 
     bool EndOfHeaders() {
         if (status >= 100 && status < 200) return true;  // an interim answer; more follow
         const bool redirect =
             status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+        report->responses.push_back({status, contentLength, {}});
         if (redirect && !location.empty()) {
             std::string target, scheme;
-            if (!ResolveLocation(currentUrl, location, &target, &scheme)) return false;
-            if (scheme != "http" && scheme != "https") return false;
+            if (!ResolveLocation(currentUrl, location, &target, &scheme) ||
+                (scheme != "http" && scheme != "https")) {
+                report->responses.back().location = location;
+                GiveUp(TransferEnd::BadRedirect);
+                return false;
+            }
             // From https back to http is not followed: that answer is the final one.
             if (!(currentScheme == "https" && scheme == "http")) {
-                if (redirects >= kMaxRedirects) return false;
+                report->responses.back().location = target;
+                if (redirects >= kMaxRedirects) {
+                    GiveUp(TransferEnd::TooManyRedirects);
+                    return false;
+                }
+                internal::LogReportLine(kResponseWriter, [&] {
+                    return DescribeResponse(report->responses.back(), true);
+                });
                 redirecting = true;
                 redirectTarget = std::move(target);
                 redirectScheme = std::move(scheme);
                 return true;
             }
         }
+        internal::LogReportLine(kResponseWriter,
+                                [&] { return DescribeResponse(report->responses.back(), false); });
         begun = true;
         const uint32_t size =
             contentLength && *contentLength != 0 ? *contentLength : IDownloadConsumer::kUnknownSize;
-        return consumer->Begin(size);
+        if (consumer->Begin(size)) return true;
+        GiveUp(TransferEnd::Cancelled);  // the consumer declines when told to stop or over its limit
+        return false;
     }
 
     static size_t OnHeader(char* data, size_t size, size_t count, void* self) {
@@ -192,10 +229,14 @@ struct HttpDownloader::Transfer {
         t.Touch();
         if (t.redirecting || length == 0) return length;
         if (!t.begun) return CURL_WRITEFUNC_ERROR;
+        t.report->bytesReceived += length;
         if (t.pending.size() + length > t.pending.capacity() && !t.FlushPending())
             return CURL_WRITEFUNC_ERROR;
-        if (length > t.pending.capacity())
-            return t.consumer->Write(data, length) ? length : CURL_WRITEFUNC_ERROR;
+        if (length > t.pending.capacity()) {
+            if (t.consumer->Write(data, length)) return length;
+            t.GiveUp(TransferEnd::WriteFailed);
+            return CURL_WRITEFUNC_ERROR;
+        }
         t.pending.insert(t.pending.end(), data, data + length);
         return length;
     }
@@ -212,8 +253,15 @@ struct HttpDownloader::Transfer {
     static int OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
         auto& t = *static_cast<Transfer*>(self);
         if (!t.FlushPending()) return 1;
-        if (t.stop && t.stop->load()) return 1;
-        if (t.connected && Clock::now() - t.lastActivity > t.receiveTimeout) return 1;
+        if (t.stop && t.stop->load()) {
+            t.GiveUp(TransferEnd::Cancelled);
+            return 1;
+        }
+        if (t.connected && Clock::now() - t.lastActivity > t.receiveTimeout) {
+            t.GiveUp(TransferEnd::ReceiveTimeout);
+            t.report->timeoutMs = static_cast<uint32_t>(t.receiveTimeout.count());
+            return 1;
+        }
         return 0;
     }
 
@@ -230,6 +278,8 @@ struct HttpDownloader::Transfer {
         // own environment writers; read them here, under the environment lock, instead.
         const auto proxy = FirstVariable({"http_proxy", "all_proxy", "ALL_PROXY"});
         const auto noProxy = FirstVariable({"no_proxy", "NO_PROXY"});
+        report->proxy = proxy.value_or("");
+        report->noProxy = proxy ? noProxy.value_or("") : "";
 
         bool ok = true;
         auto set = [&](CURLoption option, auto value) {
@@ -257,6 +307,7 @@ struct HttpDownloader::Transfer {
         set(CURLOPT_XFERINFOFUNCTION, &Transfer::OnProgress);
         set(CURLOPT_XFERINFODATA, this);
         set(CURLOPT_NOPROGRESS, 0L);
+        set(CURLOPT_ERRORBUFFER, errorText);
         return ok;
     }
 
@@ -269,12 +320,49 @@ struct HttpDownloader::Transfer {
             Touch();
             const CURLcode result = curl_easy_perform(easy);
             // What arrived before a failure is kept in the partial file, too.
-            if (!FlushPending() || result != CURLE_OK) return false;
-            if (!redirecting) return begun;
+            const bool flushed = FlushPending();
+            if (!flushed || result != CURLE_OK) return Ended(result);
+            if (!redirecting) return Ended(result);
             ++redirects;
             currentUrl = std::move(redirectTarget);
             currentScheme = std::move(redirectScheme);
-            if (curl_easy_setopt(easy, CURLOPT_URL, currentUrl.c_str()) != CURLE_OK) return false;
+            if (curl_easy_setopt(easy, CURLOPT_URL, currentUrl.c_str()) != CURLE_OK)
+                return Ended(CURLE_URL_MALFORMAT);
+        }
+    }
+
+    // Records how the transfer ended; true when it completed.
+    bool Ended(CURLcode result) {
+        report->transfer = Classify(result);
+        if (report->transfer == TransferEnd::ConnectTimeout)
+            report->timeoutMs = static_cast<uint32_t>(ConnectTimeoutMs());
+        report->transferError = errorText[0] != '\0' ? errorText
+                                : result != CURLE_OK ? curl_easy_strerror(result)
+                                                     : "";
+        return report->transfer == TransferEnd::Complete;
+    }
+
+    TransferEnd Classify(CURLcode result) const {
+        if (givenUp != TransferEnd::NotStarted) return givenUp;
+        switch (result) {
+            case CURLE_OK:
+                return begun ? TransferEnd::Complete : TransferEnd::Failed;
+            case CURLE_COULDNT_RESOLVE_HOST:
+            case CURLE_COULDNT_RESOLVE_PROXY:
+                return TransferEnd::NameNotResolved;
+            case CURLE_COULDNT_CONNECT: {
+                long error = 0;
+                curl_easy_getinfo(easy, CURLINFO_OS_ERRNO, &error);
+                return error == ECONNREFUSED ? TransferEnd::Refused : TransferEnd::ConnectFailed;
+            }
+            case CURLE_OPERATION_TIMEDOUT:
+                return TransferEnd::ConnectTimeout;  // the only limit curl itself watches
+            case CURLE_PARTIAL_FILE:
+            case CURLE_RECV_ERROR:
+            case CURLE_GOT_NOTHING:
+                return TransferEnd::Cut;
+            default:
+                return TransferEnd::Failed;
         }
     }
 };
@@ -289,19 +377,32 @@ HttpDownloader::~HttpDownloader() {
 
 bool HttpDownloader::Download() {
     if (!consumer) return false;
+    UpdateReport unkept;
+    UpdateReport& record = report ? *report : unkept;
+    record.url = url;
     internal::UrlParts parts;
     if (!internal::CrackUrl(url, &parts)) {
         // A URL without a usable host fails at the connection, once the session is open,
         // so the file is closed as incomplete like after any other failed attempt.
+        record.transfer = TransferEnd::BadAddress;
+        internal::LogReportLine(kTransferWriter, [&] { return DescribeTransfer(record); });
         consumer->Abort();
         return false;
     }
     InitialiseCurlOnce();
 
+    const std::string requestUrl = internal::RequestUrl(parts);
+    record.url = STLHelpers::Utf8ToWide(requestUrl);
     transfer = std::make_unique<Transfer>();
     transfer->consumer = consumer;
     transfer->stop = stopFlag;
-    if (!transfer->Configure(internal::RequestUrl(parts)) || !transfer->Perform()) {
+    transfer->report = &record;
+    const bool configured = transfer->Configure(requestUrl);
+    internal::LogReportLine(kRequestWriter, [&] { return DescribeRequest(record); });
+    if (!configured) record.transfer = TransferEnd::Failed;
+    const bool complete = configured && transfer->Perform();
+    internal::LogReportLine(kTransferWriter, [&] { return DescribeTransfer(record); });
+    if (!complete) {
         Close();
         return false;
     }

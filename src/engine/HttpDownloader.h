@@ -20,6 +20,7 @@
 #include <string>
 
 #include "engine/IDownloadConsumer.h"
+#include "engine/UpdateReport.h"
 
 namespace Engine {
 
@@ -43,6 +44,10 @@ public:
     // up soon after it is set, instead of waiting out a slow server. Null: not watched.
     void SetStopFlag(const std::atomic<bool>* stop) { stopFlag = stop; }
 
+    // Download records in `report` what it asks and what it learns (the download part of
+    // the report), and writes it to the diagnostic log as it goes. Null: nothing is kept.
+    void SetReport(UpdateReport* target) { report = target; }
+
     const std::wstring& GetURL() const { return url; }
 
 private:
@@ -51,6 +56,7 @@ private:
     std::wstring url;
     IDownloadConsumer* consumer;
     const std::atomic<bool>* stopFlag = nullptr;
+    UpdateReport* report = nullptr;
     std::unique_ptr<Transfer> transfer;  // the session while Download runs
 };
 

@@ -1,18 +1,24 @@
 #include "engine/UpdateWorker.h"
 
 #include "engine/Timeouts.h"
+#include "engine/internal/ReportLog.h"
 #include "engine/internal/SetupProcess.h"
 #include "engine/internal/SignatureDownload.h"
 #include "foundation/Log.h"
 #include "foundation/TextConversion.h"
+#include "system/CommandLine.h"
 #include "system/FileHelpers.h"
 #include "system/ShellHelpers.h"
 
 namespace Engine {
 namespace {
 
-// The diagnostic log's writer name for the signature check.
+// Writer names of the worker's log lines.
 constexpr const wchar_t* kSignatureWriter = L"Engine:UpdateWorker:SetupIsSigned@1";
+constexpr const wchar_t* kSetupFileWriter = L"Engine:UpdateWorker:UpdateWorker@1";
+constexpr const wchar_t* kSetupStartWriter = L"Engine:UpdateWorker:Install@1";
+constexpr const wchar_t* kSetupEndWriter = L"Engine:UpdateWorker:Install@2";
+constexpr const wchar_t* kOutcomeWriter = L"Engine:UpdateWorker:Run@1";
 
 }  // namespace
 
@@ -31,6 +37,9 @@ UpdateWorker::UpdateWorker(std::wstring downloadURL, bool silent, IUpdateEvents*
     // The download watches the stop request so that a cancel does not wait out a slow
     // server; the cancel flag alone only stops it between blocks.
     downloader.SetStopFlag(&stopRequested);
+    downloader.SetReport(&report);
+    report.setupPath = this->setupFilePath;
+    internal::LogReportLine(kSetupFileWriter, [&] { return DescribeSetupFile(report); });
 }
 
 UpdateWorker::~UpdateWorker() {
@@ -39,15 +48,23 @@ UpdateWorker::~UpdateWorker() {
 
 uint32_t UpdateWorker::Run() {
     SetState(Connecting);
+    uint32_t result = 1;
     if (Download() && !failed.load()) {
         SetState(Installing);
         failed.store(!Install());
-        SetState(Finished);
-        return 0;
+        result = 0;
+    } else {
+        if (cancelled.load() && report.transfer != TransferEnd::Complete)
+            report.transfer = TransferEnd::Cancelled;
+        failed.store(true);
     }
-    failed.store(true);
+    report.cancelled = cancelled.load();
+    internal::LogReportLine(kOutcomeWriter, [&] {
+        if (!failed.load()) return ReportLine{2, L"update installed"};
+        return ReportLine{4, L"update failed: " + FailureReason(report)};
+    });
     SetState(Finished);
-    return 1;
+    return result;
 }
 
 void UpdateWorker::SetState(UpdateState newState) {
@@ -94,6 +111,7 @@ bool UpdateWorker::SetupIsSigned() {
                               writer, Debugging::LevelInfo);
         return true;
     }
+    report.signatureProblem = verdict.reason;
     Debugging::LogMessage(Debugging::GetLog(),
                           L"Setup from " + downloader.GetURL() + L" is not run: " +
                               STLHelpers::Utf8ToWide(verdict.reason) + L" (signature " +
@@ -104,13 +122,24 @@ bool UpdateWorker::SetupIsSigned() {
 }
 
 bool UpdateWorker::Install() {
-    setupProcess->Start(setupFilePath, silent ? kSilentSetupArguments : L"");
+    const wchar_t* arguments = silent ? kSilentSetupArguments : L"";
+    report.setupCommandLine = System::BuildCommandLine(setupFilePath, arguments);
+    setupProcess->Start(setupFilePath, arguments, &report.startError);
+    report.setup = setupProcess->HasHandle() ? SetupEnd::Running : SetupEnd::NotStarted;
+    internal::LogReportLine(kSetupStartWriter, [&] { return DescribeSetupStart(report); });
     if (!setupProcess->HasHandle()) return false;
     // A stop request does not end this wait: a cancel lets the setup finish its work
     // (within the limit of a silent run), since a half-installed product is worse than a
     // late cancel. Only then does the cancel end a setup that is still running.
     const uint32_t limit = silent ? SilentSetupTimeoutMs() : ThreadLib::kInfinite;
-    if (!setupProcess->Wait(limit)) return false;
+    report.setupLimitMs = limit;
+    const bool ended = setupProcess->Wait(limit);
+    report.setup = ended                            ? SetupEnd::Exited
+                   : limit != ThreadLib::kInfinite ? SetupEnd::TimedOut
+                                                   : SetupEnd::WaitFailed;
+    report.exitCode = setupProcess->ExitCode();
+    internal::LogReportLine(kSetupEndWriter, [&] { return DescribeSetupEnd(report); });
+    if (!ended) return false;
     // The setup's exit code is not examined: any ending counts as an installation.
     System::DeleteWithShell(setupFilePath, false);
     return true;

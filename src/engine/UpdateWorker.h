@@ -20,6 +20,7 @@
 #include "engine/IUpdateEvents.h"
 #include "engine/IVerboseWritingConsumerCallback.h"
 #include "engine/ThreadImpl.h"
+#include "engine/UpdateReport.h"
 #include "engine/UpdateState.h"
 #include "engine/VerboseWritingConsumer.h"
 
@@ -77,6 +78,9 @@ public:
     const std::wstring& GetSetupFilePath() const { return setupFilePath; }
     // The identifier of the started setup process; 0 before it was started.
     uint32_t GetSetupProcessId() const;
+    // What the run did and learnt; complete once the worker thread has ended (read it only
+    // then, or before Start).
+    const UpdateReport& GetReport() const { return report; }
 
     bool OnStart(uint32_t totalBytes) override;
     bool OnWritten(uint32_t bytesWritten) override;
@@ -101,6 +105,7 @@ private:
     std::atomic<bool> failed{false};
 
     IUpdateEvents* events;
+    UpdateReport report;  // before the members that write to it while they are built
     const bool silent;
     std::wstring downloadURL;
     std::wstring setupFilePath;

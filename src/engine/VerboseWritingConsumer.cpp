@@ -2,12 +2,21 @@
 
 #include <stdexcept>
 
+#include "foundation/ErrorCodeText.h"
+#include "foundation/Log.h"
+
 namespace Engine {
 
 VerboseWritingConsumer::VerboseWritingConsumer(const std::wstring& path,
                                                IVerboseWritingConsumerCallback* callback)
     : callback(callback) {
-    if (file.Create(path).Failed()) {
+    if (const ErrorCode created = file.Create(path); created.Failed()) {
+        Debugging::LogMessageIf(Debugging::GetLog(),
+                                L"Engine:VerboseWritingConsumer:VerboseWritingConsumer@1",
+                                Debugging::LevelError, [&] {
+                                    return L"the setup file " + path + L" cannot be created: " +
+                                           ErrorHandling::ErrorCodeText(created);
+                                });
         if (callback) callback->OnFinish(false);
         this->callback = nullptr;
         throw std::runtime_error("Cannot open destination file");

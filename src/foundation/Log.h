@@ -66,6 +66,19 @@ ILog* GetLog();
 bool LogMessage(ILog* log, std::wstring_view message, STLHelpers::litestring name, int level,
                 unsigned flags = 0);
 
+// Whether a LogMessage of `level` from the calling thread would put a line anywhere (the
+// log file, the delayed data or the mirror). Writers whose message takes work to build ask
+// this first, so that a line nobody reads costs no more than this check.
+bool LogWants(ILog* log, int level);
+
+// Builds the message with `make()` and logs it, only when LogWants says that it would be
+// written.
+template <class MakeMessage>
+bool LogMessageIf(ILog* log, STLHelpers::litestring name, int level, MakeMessage&& make) {
+    if (!LogWants(log, level)) return true;
+    return LogMessage(log, make(), name, level);
+}
+
 // One line: with a header, "time tag thread name " (79 characters), the message and "\r\n";
 // without, 79 blanks, the message and "\r\n".
 std::wstring FormatLine(std::wstring_view message, std::wstring_view name, int level,

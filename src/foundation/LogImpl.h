@@ -52,6 +52,11 @@ public:
     // Reads the configuration unless it has been read; false while it is missing or invalid.
     bool EnsureConfigured();
 
+    // Whether a mirror file is configured (false while the log is unconfigured).
+    bool HasMirror() const {
+        return m_initialized.load(std::memory_order_acquire) && !m_mirrorPath.empty();
+    }
+
 private:
     struct File {
         Platform::AppendOnlyFile file;

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "foundation/Log.h"
+#include "foundation/LogImpl.h"
 #include "foundation/ProcessWideObject.h"
 #include "foundation/TextConversion.h"
 #include "foundation/internal/ThreadLogState.h"
@@ -167,6 +168,16 @@ bool LogMessage(ILog* log, std::wstring_view message, STLHelpers::litestring nam
         return log->Write(line, 6, deferred);
     }
     return log->Write(line, 0, false);
+}
+
+bool LogWants(ILog* log, int level) {
+    if (log == nullptr) return false;
+    const int threshold = std::min(internal::CurrentThreadLogState().threshold, log->GetLevel());
+    if (level >= threshold) return true;
+    if (!log->MirrorsAll()) return false;
+    // A line below the threshold only reaches the mirror; without one it goes nowhere.
+    const auto* impl = dynamic_cast<const LogImpl*>(log);
+    return impl == nullptr || impl->HasMirror();
 }
 
 void SetThreadLogIndent(int depth) {

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -24,6 +25,25 @@ namespace {
 constexpr off_t kMaxHiveSize = 64 * 1024 * 1024;
 
 std::atomic<uint64_t> parseCount{0};
+
+// Skipped lines not yet taken, by file; the flag spares the lock when there are none.
+std::atomic<bool> problemsWaiting{false};
+std::mutex& ProblemLock() {
+    static std::mutex lock;
+    return lock;
+}
+std::map<std::string, std::vector<RegHiveProblem>>& WaitingProblems() {
+    static std::map<std::string, std::vector<RegHiveProblem>> problems;
+    return problems;
+}
+
+std::vector<RegHiveProblem> ToProblems(const std::string& path,
+                                       const std::vector<RegParseIssue>& issues) {
+    std::vector<RegHiveProblem> problems;
+    problems.reserve(issues.size());
+    for (const RegParseIssue& issue : issues) problems.push_back({path, issue.line, issue.reason});
+    return problems;
+}
 
 std::string HomeFolder() {
     if (auto home = GetEnvironment("HOME"); home && !home->empty()) return *home;
@@ -134,8 +154,18 @@ std::shared_ptr<const RegHive> LoadHive(RegRoot root) {
     // one simply replaces the earlier result.
     std::string bytes;
     if (!ReadAll(file.Get(), info.st_size, bytes)) return EmptyHive();
-    auto hive = std::make_shared<const RegHive>(RegFileParser::Parse(bytes, root));
+    std::vector<RegParseIssue> issues;
+    auto hive = std::make_shared<const RegHive>(RegFileParser::Parse(bytes, root, &issues));
     parseCount.fetch_add(1, std::memory_order_relaxed);
+    {
+        std::lock_guard guard(ProblemLock());
+        if (issues.empty()) {
+            WaitingProblems().erase(path);
+        } else {
+            WaitingProblems()[path] = ToProblems(path, issues);
+            problemsWaiting.store(true, std::memory_order_release);
+        }
+    }
     std::lock_guard guard(CacheLock());
     Cache()[key] = CacheEntry{identity, hive};
     return hive;
@@ -180,6 +210,62 @@ std::optional<std::vector<std::wstring>> ListRegistrySubkeys(RegRoot root,
         return std::nullopt;
     }
     return hive->Subkeys(keyPath);
+}
+
+namespace {
+
+// The file's bytes; false with the reason when it exists but cannot be read as a hive,
+// false with an empty reason when it does not exist.
+bool ReadHiveFile(const std::string& path, std::string& bytes, std::string& reason) {
+    internal::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file.Get() < 0) {
+        if (errno != ENOENT) reason = std::string("cannot be read: ") + std::strerror(errno);
+        return false;
+    }
+    struct stat info {};
+    if (::fstat(file.Get(), &info) != 0) {
+        reason = std::string("cannot be read: ") + std::strerror(errno);
+        return false;
+    }
+    if (!S_ISREG(info.st_mode)) {
+        reason = "is not a regular file";
+        return false;
+    }
+    if (info.st_size > kMaxHiveSize) {
+        reason = "is larger than " + std::to_string(kMaxHiveSize) + " bytes";
+        return false;
+    }
+    if (!ReadAll(file.Get(), info.st_size, bytes)) {
+        reason = std::string("cannot be read: ") + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+std::vector<RegHiveProblem> CheckRegistryHive(RegRoot root) {
+    const std::string path = RegistryHivePath(root);
+    if (path.empty()) return {};
+    std::string bytes, reason;
+    if (!ReadHiveFile(path, bytes, reason)) {
+        if (reason.empty()) return {};
+        return {{path, 0, "the file " + reason}};
+    }
+    std::vector<RegParseIssue> issues;
+    RegFileParser::Parse(bytes, root, &issues);
+    return ToProblems(path, issues);
+}
+
+std::vector<RegHiveProblem> TakeRegistryHiveProblems() {
+    if (!problemsWaiting.load(std::memory_order_acquire)) return {};
+    std::lock_guard guard(ProblemLock());
+    std::vector<RegHiveProblem> taken;
+    for (auto& [path, problems] : WaitingProblems())
+        taken.insert(taken.end(), problems.begin(), problems.end());
+    WaitingProblems().clear();
+    problemsWaiting.store(false, std::memory_order_relaxed);
+    return taken;
 }
 
 uint64_t RegistryHiveParseCount() {

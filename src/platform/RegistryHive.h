@@ -93,6 +93,25 @@ std::optional<std::vector<RegNamedValue>> ListRegistryValues(RegRoot root,
 std::optional<std::vector<std::wstring>> ListRegistrySubkeys(RegRoot root,
                                                              std::wstring_view keyPath);
 
+// A line of a hive file that could not be understood and was skipped, or (line 0) a hive
+// file that exists but cannot be read.
+struct RegHiveProblem {
+    std::string file;  // UTF-8 path
+    size_t line = 0;   // 1-based
+    std::string reason;
+
+    bool operator==(const RegHiveProblem&) const = default;
+};
+
+// The problems of the hive file of `root` as it is now, read afresh: every skipped line, or
+// one problem when the file exists but cannot be read. A missing file has none.
+std::vector<RegHiveProblem> CheckRegistryHive(RegRoot root);
+
+// The skipped lines of the hive files that look-ups have parsed since the last call (each
+// parse once, a file parsed again replacing its older lines), so that a higher layer can
+// report them. Cheap when there are none.
+std::vector<RegHiveProblem> TakeRegistryHiveProblems();
+
 // How many times hive files have been parsed in this process; lets tests see that an
 // unchanged file is not parsed again.
 uint64_t RegistryHiveParseCount();

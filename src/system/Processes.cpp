@@ -32,7 +32,8 @@ void ReportStartFailure(uint32_t error) {
 }  // namespace
 
 ProcessInfo StartProcess(const std::wstring& path, const std::wstring& arguments,
-                         uint32_t /*flags*/) {
+                         uint32_t /*flags*/, uint32_t* error) {
+    if (error != nullptr) *error = path.empty() ? 2u : 0u;  // no file: ERROR_FILE_NOT_FOUND
     if (path.empty()) return {};
     const std::wstring commandLine = BuildCommandLine(path, arguments);
     const std::vector<std::wstring> argv = CommandLineToArgv(commandLine);
@@ -48,9 +49,10 @@ ProcessInfo StartProcess(const std::wstring& path, const std::wstring& arguments
 
     auto handle = std::make_shared<Platform::ProcessHandle>();
     uint32_t pid = 0;
-    const uint32_t error = program.empty() ? 2u : Platform::SpawnProcess(request, *handle, &pid);
-    if (error != 0) {
-        ReportStartFailure(error);
+    const uint32_t failure = program.empty() ? 2u : Platform::SpawnProcess(request, *handle, &pid);
+    if (failure != 0) {
+        ReportStartFailure(failure);
+        if (error != nullptr) *error = failure;
         return {};
     }
     return ProcessInfo(pid, std::move(handle));

@@ -22,9 +22,10 @@ inline constexpr uint32_t kCreateNoWindow = 0x08000000u;
 // name), with the caller's environment and no inherited descriptors besides 0-2; `flags`
 // are accepted for form. An empty `path` gives an empty record at once. A failed start
 // reports the check "((CreateProcessW(0,&cmd.front(),0,0,0,flags,0,GetLocation(),&si,&pi)))"
-// at level GuardedError with the error and gives an empty record (HasHandle() false).
+// at level GuardedError with the error and gives an empty record (HasHandle() false); the
+// Win32 error number also goes to `error` when given (0 after a start).
 ProcessInfo StartProcess(const std::wstring& path, const std::wstring& arguments,
-                         uint32_t flags = 0);
+                         uint32_t flags = 0, uint32_t* error = nullptr);
 
 // One record per running process (id and snapshot, no handle), ordered by identifier;
 // appended to `list` after emptying it when `clear` is set. False when /proc cannot be read.

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstring>
 
+#include "system/internal/HiveProblemLog.h"
+
 namespace Registry {
 namespace {
 
@@ -63,6 +65,7 @@ uint32_t Key::ReadDword(std::wstring_view name, uint32_t defaultValue, bool defa
     uint8_t data[4] = {};
     uint32_t size = sizeof(data);
     uint32_t result = Platform::RegQueryValueEx(key, valueName.c_str(), &type, data, &size);
+    internal::LogHiveProblems();
     if (result == 0 && (type != REG_DWORD || size != sizeof(data))) result = kErrorInvalidData;
     if (result != 0) return defaultValue;
     uint32_t value = 0;
@@ -81,6 +84,7 @@ std::wstring Key::ReadString(std::wstring_view name, std::wstring_view defaultVa
     uint32_t size = static_cast<uint32_t>(buffer.size());
     uint32_t result =
         Platform::RegQueryValueEx(key, valueName.c_str(), &type, buffer.data(), &size);
+    internal::LogHiveProblems();
     if (result == 0) {
         const bool stringType = type == REG_SZ || type == REG_EXPAND_SZ;
         // Evenness first: a one-byte value has no last character to look at.

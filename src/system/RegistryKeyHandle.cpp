@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "system/internal/HiveProblemLog.h"
+
 namespace Registry {
 namespace {
 
@@ -101,6 +103,7 @@ ErrorCode KeyHandle::OpenOrCreate(bool create, HKEY parent, std::wstring_view su
     } else {
         result = Platform::RegOpenKeyEx(parent, name.c_str(), access, &key);
     }
+    internal::LogHiveProblems();
     if (result != 0) return ErrorCode::FromWin32(result);
     if (create && disposition != nullptr) *disposition = localDisposition;
     return Take(key, access);

@@ -43,14 +43,15 @@ protected:
                 "DEMO_PRODUCT_MARKER=" + work.File("launched")};
     }
 
-    int Update(const std::vector<std::string>& extra, const std::vector<std::string>& env) {
+    int Update(const std::vector<std::string>& extra, const std::vector<std::string>& env,
+               const std::string& url = "127.0.0.1/setup.exe") {
         std::vector<std::string> argv{LUMETTA_DIAG, "update"};
         argv.insert(argv.end(), extra.begin(), extra.end());
         for (const char* option : {"/productName", "/productExecutable", "/downloadURL"}) {
             argv.push_back(option);
             argv.push_back(option == std::string("/productName")         ? product
                            : option == std::string("/productExecutable") ? exe
-                                                                         : "127.0.0.1/setup.exe");
+                                                                         : url);
         }
         ChildProcess diag;
         if (!diag.Start(argv, env, work.File("diag.out"))) return -1;
@@ -104,12 +105,74 @@ TEST_F(FullUpdate, ANonSilentRunStartsTheSetupWithoutArguments) {
     EXPECT_TRUE(Lines(ReadFile(work.File("setup-args"))).empty());
 }
 
-TEST_F(FullUpdate, ASetupThatHangsBeyondTheLimitFailsTheUpdate) {
-    EXPECT_EQ(Update({"--setup-timeout-ms", "1000"}, Environment("hang")), 1)
-        << ReadFile(work.File("diag.out"));
-    EXPECT_NE(ReadFile(work.File("diag.out")).find("state 4 Finished\nresult failed"),
-              std::string::npos);
-    EXPECT_TRUE(Exists(temp.File("Update1.exe"))) << "an unfinished setup stays";
+// Failed updates with the diagnostic log on: the log holds the failing step at level 4
+// ("ERR") under its writer's name and the reason, and the tool's last line gives the same
+// reason. What a failed update received stays in the setup file.
+TEST_F(FullUpdate, AFailedUpdateSaysWhyInTheLogAndInItsLastLine) {
+    const std::string setup = temp.File("Update1.exe");
+    const std::string notWin32 = "(Code 193: " + setup + " is not a valid Win32 application.)";
+    struct Case {
+        const char* url;
+        const char* mode;  // of the demo setup
+        const char* writer;
+        std::string step;  // the beginning of the failing step's line
+        std::string reason;
+    };
+    const Case cases[] = {
+        {"127.0.0.2/missing", "install", "Engine:UpdateWorker:Install@1",
+         "setup could not be started: \"" + setup + "\" /verysilent",
+         "the server answered 404 and the file it sent could not be started " + notWin32},
+        {"127.0.0.2/notasetup.exe", "install", "Engine:UpdateWorker:Install@1",
+         "setup could not be started: ", "the setup file could not be started " + notWin32},
+        {"127.0.0.3/setup.exe", "install", "Engine:HttpDownloader:Download@3",
+         "received 0 bytes: the server refused the connection (",
+         "the server refused the connection"},
+        {"127.0.0.2/cut", "install", "Engine:HttpDownloader:Download@3",
+         "received 30000 of 100000 bytes: the connection closed after 30000 of 100000 bytes (",
+         "the connection closed after 30000 of 100000 bytes"},
+        {"127.0.0.1/setup.exe", "hang", "Engine:UpdateWorker:Install@2",
+         "setup still ran when its time limit 1000 ms ended the wait",
+         "the setup did not end within its time limit of 1000 ms"},
+    };
+    // The header of a log line: time (20), tag and blank (4), thread (6), writer (48 + 1).
+    auto header = [](const std::string& line, const char* tag, const char* writer) {
+        std::string name = writer;
+        name.resize(48, ' ');
+        return line.size() > 79 && line.compare(20, 4, std::string(tag) + " ") == 0 &&
+               line.compare(30, 49, name + " ") == 0;
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.url);
+        std::filesystem::remove(setup);
+        const std::string logFile = work.File("update.log");
+        std::filesystem::remove(logFile);
+        std::vector<std::string> env = Environment(c.mode);
+        env.push_back("Debugging_Log_Path=" + logFile);
+        env.push_back("Debugging_Log_Level=2");
+        EXPECT_EQ(Update({"--setup-timeout-ms", "1000"}, env, c.url), 1);
+        const std::string output = ReadFile(work.File("diag.out"));
+        const std::vector<std::string> lines = Lines(output);
+        ASSERT_FALSE(lines.empty());
+        EXPECT_EQ(lines.back(), "reason: " + c.reason) << output;
+        EXPECT_NE(output.find("\nERR " + c.step), std::string::npos) << output;
+
+        const std::vector<std::string> log = Lines(ReadFile(logFile));
+        auto logged = [&](const char* tag, const char* writer, const std::string& text) {
+            for (const std::string& line : log)
+                if (header(line, tag, writer) && line.compare(79, text.size(), text) == 0)
+                    return true;
+            return false;
+        };
+        EXPECT_TRUE(logged("ERR", c.writer, c.step)) << ReadFile(logFile);
+        EXPECT_TRUE(logged("ERR", "Engine:UpdateWorker:Run@1", "update failed: " + c.reason))
+            << ReadFile(logFile);
+        // The URL as requested: with its scheme and port 80.
+        std::string requested = std::string("download http://") + c.url;
+        requested.insert(requested.find('/', 16), ":80");
+        EXPECT_TRUE(logged("INF", "Engine:HttpDownloader:Download@1", requested))
+            << ReadFile(logFile);
+        EXPECT_TRUE(Exists(setup)) << "what was received stays";
+    }
 }
 
 TEST_F(FullUpdate, AProductThatIgnoresItsExitEventIsEnded) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "TestHarness.h"
 #include "engine/HttpDownloader.h"
@@ -46,6 +47,7 @@ struct Outcome {
     bool writerOpen = false;
     Recorder recorder;
     std::string content;
+    Engine::UpdateReport report;
 };
 
 class HttpDownloaderTest : public testing::Test {
@@ -74,6 +76,7 @@ protected:
             Engine::VerboseWritingConsumer writer(STLHelpers::Utf8ToWide(path), &outcome.recorder);
             Engine::HttpDownloader downloader(url, &writer);
             downloader.SetStopFlag(stop);
+            downloader.SetReport(&outcome.report);
             outcome.ok = downloader.Download();
             outcome.writerOpen = writer.IsOpen();
         }
@@ -118,31 +121,40 @@ TEST_F(HttpDownloaderTest, SendsOnePlainGetWithTheAgentAndNoCache) {
 
 // Every answer of the fault server: the status is not examined, sizes that are missing or 0
 // are unknown, redirects are followed (only the final answer is announced and written), and
-// a transfer that breaks fails and leaves what it received.
+// a transfer that breaks fails and leaves what it received. The report tells how each
+// transfer ended and which answers came (the redirects first).
 TEST_F(HttpDownloaderTest, EachServerAnswerEndsAsTheCallerCanObserve) {
+    using End = Engine::TransferEnd;
     constexpr uint32_t kAny = ~0u;
     struct Case {
         const wchar_t* url;
         bool ok;
         int starts;
-        uint32_t total;       // kAny: not examined
+        uint32_t total;  // kAny: not examined
+        End end;
+        std::vector<int> statuses;
         std::string content;  // the whole file, or its beginning when `prefixOnly`
         bool prefixOnly = false;
     };
+    const std::vector<int> loop(11, 302);
+    const std::string chunks = Pattern(1000, 0) + Pattern(1000, 1) + Pattern(1000, 2);
+    const std::string notFound = "<html><body>Not Found</body></html>";
+    const std::string echo = "GET /echo-redirected HTTP/1.1\r\n";
+    const std::string small = Pattern(100000);
     const Case cases[] = {
-        {L"http://127.0.0.2/nolength", true, 1, 0, Pattern(5000)},
-        {L"http://127.0.0.2/zerolength", true, 1, 0, ""},
-        {L"http://127.0.0.2/empty", true, 1, 0, ""},
-        {L"http://127.0.0.2/chunked", true, 1, 0,
-         Pattern(1000, 0) + Pattern(1000, 1) + Pattern(1000, 2)},
-        {L"http://127.0.0.2/missing", true, 1, kAny, "<html><body>Not Found</body></html>"},
-        {L"http://127.0.0.2/redirect?small.bin", true, 1, 100000, Pattern(100000)},
-        {L"http://127.0.0.2/relative", true, 1, kAny, "GET /echo-redirected HTTP/1.1\r\n", true},
-        {L"http://127.0.0.2/loop", false, 0, kAny, ""},     // too many redirects
-        {L"http://127.0.0.2/tohttps", false, 0, kAny, ""},  // nothing answers on 443
-        {L"http://127.0.0.2/cut", false, 1, 100000, Pattern(30000)},
-        {L"http://127.0.0.3/small.bin", false, 0, kAny, ""},  // refused
-        {L"http:///nohost", false, 0, kAny, ""},              // cannot be connected to
+        {L"http://127.0.0.2/nolength", true, 1, 0, End::Complete, {200}, Pattern(5000)},
+        {L"http://127.0.0.2/zerolength", true, 1, 0, End::Complete, {200}, ""},
+        {L"http://127.0.0.2/empty", true, 1, 0, End::Complete, {200}, ""},
+        {L"http://127.0.0.2/chunked", true, 1, 0, End::Complete, {200}, chunks},
+        {L"http://127.0.0.2/missing", true, 1, kAny, End::Complete, {404}, notFound},
+        {L"http://127.0.0.2/redirect?small.bin", true, 1, 100000, End::Complete, {302, 200}, small},
+        {L"http://127.0.0.2/relative", true, 1, kAny, End::Complete, {301, 200}, echo, true},
+        {L"http://127.0.0.2/loop", false, 0, kAny, End::TooManyRedirects, loop, ""},
+        {L"http://127.0.0.2/tohttps", false, 0, kAny, End::Refused, {302}, ""},  // nothing on 443
+        {L"http://127.0.0.2/cut", false, 1, 100000, End::Cut, {200}, Pattern(30000)},
+        {L"http://127.0.0.3/small.bin", false, 0, kAny, End::Refused, {}, ""},
+        {L"http:///nohost", false, 0, kAny, End::BadAddress, {}, ""},
+        {L"http://updates.invalid/small.bin", false, 0, kAny, End::NameNotResolved, {}, ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(STLHelpers::WideToUtf8(c.url));
@@ -160,6 +172,11 @@ TEST_F(HttpDownloaderTest, EachServerAnswerEndsAsTheCallerCanObserve) {
         EXPECT_EQ(outcome.recorder.finishes, 1);
         EXPECT_EQ(outcome.recorder.finishedOk, c.ok);
         EXPECT_FALSE(outcome.writerOpen) << "the file is closed, complete or not";
+        EXPECT_EQ(outcome.report.transfer, c.end);
+        std::vector<int> statuses;
+        for (const auto& response : outcome.report.responses) statuses.push_back(response.status);
+        EXPECT_EQ(statuses, c.statuses);
+        EXPECT_EQ(outcome.report.bytesReceived, outcome.content.size());
     }
 }
 
@@ -169,10 +186,13 @@ TEST_F(HttpDownloaderTest, ASilentServerFailsTheDownloadAfterTheReceiveTimeout) 
     Outcome stalled = Fetch(L"http://127.0.0.2/stall");
     EXPECT_FALSE(stalled.ok);
     EXPECT_EQ(stalled.content, Pattern(10000));
+    EXPECT_EQ(stalled.report.transfer, Engine::TransferEnd::ReceiveTimeout);
+    EXPECT_EQ(stalled.report.timeoutMs, 1500u);
 
     Outcome silent = Fetch(L"http://127.0.0.2/silent");
     EXPECT_FALSE(silent.ok);
     EXPECT_EQ(silent.recorder.starts, 0);
+    EXPECT_EQ(silent.report.transfer, Engine::TransferEnd::ReceiveTimeout);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
 }
 
@@ -186,6 +206,7 @@ TEST_F(HttpDownloaderTest, AStopRequestEndsAWaitingTransfer) {
     Outcome stalled = Fetch(L"http://127.0.0.2/stall", &stop);
     stopper.join();
     EXPECT_FALSE(stalled.ok);
+    EXPECT_EQ(stalled.report.transfer, Engine::TransferEnd::Cancelled);
     // Far below the 30 s receive limit still in force.
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }

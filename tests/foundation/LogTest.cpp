@@ -278,6 +278,42 @@ TEST_F(Log, MirrorTakesEveryLineOrOnlyThoseThatPass) {
     }
 }
 
+// LogWants tells a writer whether a line would reach the file, the delayed data or the
+// mirror, so that a line nobody takes is never built.
+TEST_F(Log, LogWantsOnlyLinesThatWouldGoSomewhere) {
+    struct Case {
+        const char* level;  // null: no log path, so unconfigured
+        bool mirror;
+        const char* flags;
+        int threadThreshold;
+        const char* wanted;  // for levels 0 to 6
+    };
+    const Case cases[] = {
+        {nullptr, false, "0", 6, "0000011"},  // the delayed data takes 5 and 6
+        {nullptr, true, "0", 6, "0000011"},   // no mirror before the configuration is read
+        {"3", false, "0", 6, "0001111"},     {"5", true, "0", 6, "1111111"},
+        {"5", true, "2", 6, "0000011"},      {"3", false, "0", 1, "0111111"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << (c.level ? c.level : "off") << c.mirror << c.flags << c.threadThreshold);
+        Platform::UnsetEnvironment("Debugging_Log_Path");
+        if (c.level) Configure(c.level);
+        if (c.mirror)
+            Platform::SetEnvironment("Debugging_Mirror_Path", (folder / "mirror.log").string());
+        else
+            Platform::UnsetEnvironment("Debugging_Mirror_Path");
+        Platform::SetEnvironment("Debugging_Log_Flags", c.flags);
+        Debugging::SetThreadLogThreshold(c.threadThreshold);
+        LogImpl log;
+        std::string wanted;
+        for (int level = 0; level <= 6; ++level)
+            wanted += Debugging::LogWants(&log, level) ? '1' : '0';
+        EXPECT_EQ(wanted, c.wanted);
+    }
+    EXPECT_FALSE(Debugging::LogWants(nullptr, 6));
+}
+
 TEST_F(Log, ThreadSettingsShapeTheThreadsLines) {
     Configure("0");
     LogImpl log;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <sstream>
 #include <string>
 
 #include "support/CommandOutput.h"
@@ -70,3 +72,57 @@ TEST(RegCommand, PrintsKeysAndValuesAndFailsClearly) {
 }
 
 }  // namespace
+
+// reg check lists every line of every hive that the reader skips, and a hive file that
+// cannot be read; the updater's own reads put the skipped lines in the diagnostic log.
+TEST(RegCommand, CheckListsEveryProblemAndTheLogGetsTheSkippedLines) {
+    const TestSupport::HiveFolder hives;
+    const std::string user = (hives / "HKEY_CURRENT_USER.reg").string();
+    const std::string machine = (hives / "HKEY_LOCAL_MACHINE.reg").string();
+    const std::string users = (hives / "HKEY_USERS.reg").string();
+    ASSERT_TRUE(hives.WriteHive("HKEY_CURRENT_USER.reg",
+                                "Windows Registry Editor Version 5.00\n\n"
+                                "[HKEY_CURRENT_USER\\Software\\Check Product]\n"
+                                "\"Language\"=\"de\"\n"
+                                "\"Broken\n"));
+    ASSERT_TRUE(hives.WriteHive("HKEY_LOCAL_MACHINE.reg",
+                                "Windows Registry Editor Version 5.00\n"
+                                "[HKEY_LOCAL_MACHINE\\Software\\Check Product\n"
+                                "[HKEY_LOCAL_MACHINE\\Software\\Check Product]\n"
+                                "\"Count\"=dword:zz\n"));
+    ASSERT_TRUE(std::filesystem::create_directory(users));
+
+    TestSupport::CommandOutput run = TestSupport::RunProgram({LUMETTA_DIAG, "reg", "check"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.out, user + ":5: value name without closing quote\n" + machine +
+                           ":2: key line without closing bracket\n" + machine + ":4: bad dword data\n" +
+                           users +
+                           ": the file is not a regular file\n"
+                           "4 problems in the hive files\n");
+
+    const std::string log = (hives / "update.log").string();
+    run = TestSupport::RunProgram(
+        {LUMETTA_DIAG, "config", "/productName", "Check Product"},
+        "Debugging_Log_Path=" + TestSupport::ShellQuoted(log) + " Debugging_Log_Level=3");
+    EXPECT_EQ(run.exitCode, 0) << run.out;
+    const std::string logged = TestSupport::ReadFile(log);
+    // At level 3 under the reader's name: the tag at column 20, the name at 30, the text at 79.
+    for (const std::string& text :
+         {user + " line 5 skipped: value name without closing quote",
+          machine + " line 2 skipped: key line without closing bracket"}) {
+        bool found = false;
+        std::istringstream lines(logged);
+        for (std::string line; std::getline(lines, line);)
+            found |= line.compare(19, 5, " WRN ") == 0 &&
+                     line.compare(30, 36, "Registry:internal:LogHiveProblems@1 ") == 0 &&
+                     line.compare(79, text.size(), text) == 0;
+        EXPECT_TRUE(found) << text << "\n" << logged;
+    }
+
+    ASSERT_TRUE(std::filesystem::remove(users));
+    ASSERT_TRUE(hives.WriteHive("HKEY_CURRENT_USER.reg", "REGEDIT4\n"));
+    ASSERT_TRUE(hives.WriteHive("HKEY_LOCAL_MACHINE.reg", "REGEDIT4\n"));
+    run = TestSupport::RunProgram({LUMETTA_DIAG, "reg", "check"});
+    EXPECT_EQ(run.exitCode, 0) << run.out;
+    EXPECT_EQ(run.out, "no problems in the hive files\n");
+}

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -35,9 +36,16 @@ TEST(UpdateCommand, ARefusedConnectionOrBadArgumentsFailCleanly) {
                 "/downloadURL", "127.0.0.1/setup.exe"});
     EXPECT_EQ(run.exitCode, 1) << run.out;
     const std::string setupFile = (temp / "Update1.exe").string();
-    EXPECT_EQ(run.out, "download 127.0.0.1/setup.exe\nsetup file " + setupFile +
-                           "\nstate 1 Connecting\nstate 4 Finished\nresult failed\n")
+    const std::string head = "download 127.0.0.1/setup.exe\nsetup file " + setupFile +
+                             "\nstate 1 Connecting\nstate 4 Finished\nresult failed\n"
+                             "INF download http://127.0.0.1:80/setup.exe via a direct "
+                             "connection (no proxy)\n"
+                             "ERR received 0 bytes: the server refused the connection (";
+    const std::string tail = ")\nreason: the server refused the connection\n";
+    EXPECT_EQ(run.out.substr(0, head.size()), head)
         << "no download, no installation and, after a failure, no launch";
+    EXPECT_TRUE(run.out.ends_with(tail)) << run.out;
+    EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 8) << run.out;
     // Created when the update began; what a failed download leaves behind stays.
     ASSERT_TRUE(fs::exists(setupFile));
     EXPECT_EQ(fs::file_size(setupFile), 0u);

@@ -1,6 +1,10 @@
 // lumetta-diag reg query KEY [--value NAME]: the values of a registry key as the updater
 // reads them from the hive files, one per line: name, type, data (a DWORD also in decimal),
 // followed by the key's subkeys.
+//
+// lumetta-diag reg check: every problem of every hive file the updater would read, one per
+// line ("FILE:LINE: what is wrong"; a file that cannot be read at all has no line), then a
+// count. Exit status 1 when there is a problem.
 #include <CLI/CLI.hpp>
 
 #include <cinttypes>
@@ -168,6 +172,30 @@ int Query(const std::string& keyText, const std::string* valueName) {
     return 0;
 }
 
+int Check() {
+    using Platform::RegRoot;
+    constexpr RegRoot kRoots[] = {
+        RegRoot::CurrentUser,     RegRoot::LocalMachine,    RegRoot::ClassesRoot,
+        RegRoot::Users,           RegRoot::CurrentConfig,   RegRoot::DynData,
+        RegRoot::PerformanceData, RegRoot::PerformanceText, RegRoot::PerformanceNlsText};
+    size_t count = 0;
+    for (const RegRoot root : kRoots) {
+        for (const Platform::RegHiveProblem& problem : Platform::CheckRegistryHive(root)) {
+            if (problem.line > 0)
+                std::printf("%s:%zu: %s\n", problem.file.c_str(), problem.line,
+                            problem.reason.c_str());
+            else
+                std::printf("%s: %s\n", problem.file.c_str(), problem.reason.c_str());
+            ++count;
+        }
+    }
+    if (count == 0)
+        std::printf("no problems in the hive files\n");
+    else
+        std::printf("%zu problem%s in the hive files\n", count, count == 1 ? "" : "s");
+    return count == 0 ? 0 : 1;
+}
+
 const DiagCommands::Registration registration{
     "reg", [](CLI::App& app) {
         auto* reg = app.add_subcommand("reg", "Registry values as the updater reads them");
@@ -182,6 +210,9 @@ const DiagCommands::Registration registration{
             DiagCommands::SetExitCode(
                 Query(*key, valueOption->count() > 0 ? value.get() : nullptr));
         });
+        auto* check = reg->add_subcommand(
+            "check", "List every line of the hive files that the updater cannot understand");
+        check->callback([] { DiagCommands::SetExitCode(Check()); });
     }};
 
 }  // namespace

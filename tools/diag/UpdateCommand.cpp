@@ -4,6 +4,9 @@
 // printing each state and the progress; with --launch it starts the installed product
 // afterwards. Exit status 0 when the update succeeded, 1 when it failed, 2 when the running
 // product could not be ended or the update could not begin.
+//
+// After the result it tells what happened, one line per step with the level tag the
+// diagnostic log gives it, and after a failure a last line with the reason in words.
 #include <CLI/CLI.hpp>
 
 #include <condition_variable>
@@ -18,6 +21,8 @@
 #include "app/ProductConfiguration.h"
 #include "engine/Timeouts.h"
 #include "engine/UpdateEngine.h"
+#include "engine/UpdateReport.h"
+#include "foundation/Log.h"
 #include "foundation/TextConversion.h"
 #include "system/FileHelpers.h"
 
@@ -102,6 +107,12 @@ int RunUpdate(const std::vector<std::string>& args, bool launch, uint32_t setupT
 
     const bool failed = engine.IsFailed();
     std::printf("result %s\n", failed ? "failed" : "installed");
+    const Engine::UpdateReport& report = engine.GetWorker().GetReport();
+    for (const Engine::ReportLine& line : Engine::DescribeRun(report))
+        std::printf("%s %s\n", STLHelpers::WideToUtf8(Debugging::LevelTag(line.level)).c_str(),
+                    STLHelpers::WideToUtf8(line.text).c_str());
+    if (failed)
+        std::printf("reason: %s\n", STLHelpers::WideToUtf8(Engine::FailureReason(report)).c_str());
     if (!failed && launch) {
         const bool launched = engine.LaunchProduct(false);
         std::printf("launch %s\n", launched ? "started" : "failed");

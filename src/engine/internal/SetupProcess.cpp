@@ -1,5 +1,6 @@
 #include "engine/internal/SetupProcess.h"
 
+#include "platform/ProcessHandle.h"
 #include "system/ProcessInfo.h"
 #include "system/Processes.h"
 
@@ -12,8 +13,8 @@ struct SetupProcess::State {
 SetupProcess::SetupProcess() : state(std::make_unique<State>()) {}
 SetupProcess::~SetupProcess() = default;
 
-bool SetupProcess::Start(const std::wstring& path, const std::wstring& arguments) {
-    state->process = System::StartProcess(path, arguments, System::kCreateNoWindow);
+bool SetupProcess::Start(const std::wstring& path, const std::wstring& arguments, uint32_t* error) {
+    state->process = System::StartProcess(path, arguments, System::kCreateNoWindow, error);
     id.store(state->process.GetId());
     return state->process.HasHandle();
 }
@@ -24,6 +25,11 @@ bool SetupProcess::HasHandle() const {
 
 bool SetupProcess::Wait(uint32_t timeoutMs) {
     return state->process.HasHandle() && state->process.Wait(timeoutMs);
+}
+
+std::optional<int> SetupProcess::ExitCode() const {
+    const auto& handle = state->process.GetHandle();
+    return handle ? handle->ExitStatus() : std::nullopt;
 }
 
 void SetupProcess::Terminate() {
