@@ -173,6 +173,7 @@ TEST(ManagerImpl, NameRegistry) {
     EXPECT_TRUE(manager->RegisterResourceName(INT32_MAX, L"Last", ResourceType_Unnamed));
     EXPECT_EQ(manager->GetResourceName(INT32_MAX, ResourceType_Unnamed), L"Last");
     EXPECT_EQ(manager->GetResourceId(L"Last", ResourceType_Unnamed), INT32_MAX);
+    EXPECT_EQ(manager->GetResourceName(5, ResourceType_Unnamed), L"");
     EXPECT_EQ(manager->GetResourceId(L"Never", ResourceType_String), kNoResourceId);
 
     manager->SetParent(parent);
