@@ -114,11 +114,8 @@ bool ManagerImpl::RegisterResourceName(int32_t id, ResourceName name, uint32_t t
 
     std::lock_guard hold(lock);
     const std::size_t index = TypeIndex(type);
-    if (id < 0 || id > kMaxResourceId) return false;
-    std::vector<std::wstring>& names = namesById[index];
-    if (names.size() <= static_cast<std::size_t>(id))
-        names.resize(static_cast<std::size_t>(id) + 1);
-    names[static_cast<std::size_t>(id)] = name.str();
+    if (id < 0) return false;
+    namesById[index].Obtain(id) = name.str();
     idsByName[index].insert_or_assign(name.str(), id);
     return true;
 }
@@ -286,9 +283,12 @@ std::wstring ManagerImpl::GetResourceName(int32_t id, uint32_t type) {
     ManagerPtr forward;
     {
         std::lock_guard hold(lock);
-        const std::vector<std::wstring>& names = namesById[TypeIndex(type)];
-        if (id >= 0 && static_cast<std::size_t>(id) < names.size())
-            return names[static_cast<std::size_t>(id)];
+        // Inside the table the entry answers, even when empty; beyond it, the parent.
+        const IdTable<std::wstring>& names = namesById[TypeIndex(type)];
+        if (id >= 0 && id < names.Size()) {
+            const std::wstring* registered = names.Find(id);
+            return registered != nullptr ? *registered : std::wstring();
+        }
         forward = parent;
     }
     return forward ? forward->GetResourceName(id, type) : std::wstring();

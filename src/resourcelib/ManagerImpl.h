@@ -2,8 +2,8 @@
 // were added, then its parent, keeps the current language and skin chosen through the
 // providers, and maps numeric ids to names per resource type.
 //
-// Id registry: each type has a dense table indexed by id, so ids are bounded: only ids
-// 0..kMaxResourceId can be registered (RegisterResourceName gives false for others).
+// Id registry: each type has a table indexed by id that reads as if grown to the largest
+// id registered; any non-negative id can be registered without memory growing with it.
 //
 // Errors: see IManager.h. Errors that storages report stay inside: a storage that fails is
 // passed over. AddStorage needs the manager to be owned by a boost::shared_ptr (it throws
@@ -26,6 +26,7 @@
 
 #include "storages/IManager.h"
 #include "storages/IStorage.h"
+#include "storages/IdTable.h"
 
 namespace ResourceLib {
 
@@ -33,9 +34,6 @@ class ManagerImpl : public IInternalManager,
                     public InterfaceCore::HeirClassBase<IInternalManager>,
                     public InterfaceCore::EnumeratableClassBase<ManagerImpl> {
 public:
-    // The largest id the registry accepts.
-    static constexpr int32_t kMaxResourceId = 65535;
-
     ManagerImpl() = default;
     ManagerImpl(const ManagerImpl&) = delete;
     ManagerImpl& operator=(const ManagerImpl&) = delete;
@@ -44,7 +42,7 @@ public:
     void Clear() override;
     // Sets `parent` to throw on failure and brings its language and skin in line. True.
     bool SetParent(ManagerPtr parent) override;
-    // Registers in the parent too. False for type 0 and for ids outside 0..kMaxResourceId;
+    // Registers in the parent too. False for type 0 and for negative ids;
     // std::logic_error for a type that is not one of the eight bits.
     bool RegisterResourceName(int32_t id, ResourceName name, uint32_t type) override;
     // Switch to the provider's default (possibly null) item; false for a null provider.
@@ -111,7 +109,7 @@ private:
     SkinPtr skin;
     std::vector<StoragePtr> storages;
     ExtraParamsProviderPtr extraParams;
-    std::array<std::vector<std::wstring>, 8> namesById;
+    std::array<IdTable<std::wstring>, 8> namesById;
     std::array<std::map<std::wstring, int32_t, std::less<>>, 8> idsByName;
     std::atomic<bool> throwOnFailure{false};
 };

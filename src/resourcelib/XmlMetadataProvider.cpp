@@ -99,7 +99,7 @@ XmlMetadataProvider::XmlMetadataProvider(ResourceName directoryName,
     std::vector<FileSystem::XmlNode> children;
     file.GetChildNodes(languageList, children);
     for (const FileSystem::XmlNode& child : children) {
-        if (child.type() != pugi::node_element || file.GetNodeName(child) != L"Language") continue;
+        if (!file.IsElement(child) || file.GetNodeName(child) != L"Language") continue;
         std::wstring name = AttributeOrEmpty(file, child, L"name");
         std::wstring title = AttributeOrEmpty(file, child, L"title");
         const int32_t locale = LocaleOf(file, child);
@@ -117,7 +117,7 @@ XmlMetadataProvider::XmlMetadataProvider(ResourceName directoryName,
     if (!skinList) return;
     file.GetChildNodes(skinList, children);
     for (const FileSystem::XmlNode& child : children) {
-        if (child.type() != pugi::node_element || file.GetNodeName(child) != L"Skin") continue;
+        if (!file.IsElement(child) || file.GetNodeName(child) != L"Skin") continue;
         std::wstring name = AttributeOrEmpty(file, child, L"name");
         std::wstring titleID = AttributeOrEmpty(file, child, L"titleID");
         const bool isDefault = IsMarkedDefault(file, child);

@@ -94,10 +94,12 @@ void Release(SharedRecord* record) {
 }
 
 // The type tag as the run-time type information spells it; the same in every module of
-// one build.
+// one build. Never destroyed: the registry releases its records at exit, after statics
+// made later than it (this one) are gone, and still needs the tag to name them.
 const std::wstring& TypeTag() {
-    static const std::wstring tag = STLHelpers::Utf8ToWide(typeid(SharedNumber).name());
-    return tag;
+    static const std::wstring* const tag =
+        new std::wstring(STLHelpers::Utf8ToWide(typeid(SharedNumber).name()));
+    return *tag;
 }
 
 }  // namespace

@@ -18,12 +18,10 @@ public:
     const char* what() const noexcept override { return "Failed to cast to an internal interface"; }
 };
 
-// Strings that name each other would recurse through the manager without end, and strings
-// that name another several times multiply with each level. So a name met again inside its
-// own expansion stays as it stands, a chain of look-ups ends at this depth, and a text that
-// has grown beyond kMaxExpandedLength characters is not expanded further.
+// Strings that name each other would recurse through the manager without end. So a name
+// met again inside its own expansion stays as it stands, and a chain of look-ups ends at
+// this depth. Texts may be of any length.
 constexpr int kMaxExpansionDepth = 16;
-constexpr std::size_t kMaxExpandedLength = 65536;
 thread_local int expansionDepth = 0;
 thread_local std::vector<std::wstring> namesInExpansion;
 
@@ -64,14 +62,20 @@ struct IconKey {
 };
 
 template <class E>
-E* FindEntry(std::vector<E>& table, int32_t id) {
-    return static_cast<std::size_t>(id) < table.size() ? &table[id] : nullptr;
+E* FindEntry(IdTable<E>& table, int32_t id) {
+    return table.Find(id);
 }
 template <class E>
-E& ObtainEntry(std::vector<E>& table, int32_t id) {
-    if (static_cast<std::size_t>(id) >= table.size()) table.resize(std::size_t(id) + 1);
-    return table[id];
+E& ObtainEntry(IdTable<E>& table, int32_t id) {
+    return table.Obtain(id);
 }
+// A request for an id beyond the table grows it first; a name needs no room.
+template <class E>
+void Reserve(IdTable<E>& table, int32_t id) {
+    table.Grow(id);
+}
+template <class E>
+void Reserve(std::map<std::wstring, E>&, const std::wstring&) {}
 template <class E>
 E* FindEntry(std::map<std::wstring, E>& map, const std::wstring& name) {
     const auto found = map.find(name);
@@ -133,7 +137,7 @@ auto Fetch(Cache& cache, const Key& key, Variant variant, IStorage::Error* error
     -> decltype(Match(ObtainEntry(cache, key), variant)) {
     if (auto* entry = FindEntry(cache, key))
         if (auto cached = Match(*entry, variant)) return cached;
-    ObtainEntry(cache, key);
+    Reserve(cache, key);
     IStorage::Error loadError;
     auto value = load(&loadError);
     if (loadError) {
@@ -149,7 +153,7 @@ T ValueOr(const T* value) {
 }
 
 bool CheckId(int32_t id, IStorage::Error* error) {
-    if (id >= 0 && id <= StorageBase::kMaxCachedId) return true;
+    if (id >= 0) return true;
     ReportError(error, InvalidResourceID);
     return false;
 }
@@ -203,13 +207,13 @@ bool StorageBase::CheckContext(Error* error) {
 }
 
 void StorageBase::ClearCaches() {
-    stringsById.clear();
-    bitmapsById.clear();
-    iconsById.clear();
-    binariesById.clear();
-    colorsById.clear();
-    fontsById.clear();
-    integersById.clear();
+    stringsById.Clear();
+    bitmapsById.Clear();
+    iconsById.Clear();
+    binariesById.Clear();
+    colorsById.Clear();
+    fontsById.Clear();
+    integersById.Clear();
     stringsByName.clear();
     bitmapsByName.clear();
     iconsByName.clear();
@@ -257,7 +261,7 @@ std::wstring StorageBase::ExpandPlaceholders(std::wstring text,
     const DepthGuard depth;
     std::size_t position = 0;
     std::size_t previousStart = std::wstring::npos;
-    while (position != previousStart && text.size() <= kMaxExpandedLength) {
+    while (position != previousStart) {
         previousStart = position;
         const std::size_t open = text.find(L'{', position);
         if (open == std::wstring::npos) break;

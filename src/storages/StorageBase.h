@@ -8,8 +8,8 @@
 // loaders are always called with a non-null `error` set to success; they report a
 // failure by storing a code there (ReportError) and return the empty result.
 //
-// Ids: the tables by id grow to the largest id asked for, so ids above kMaxCachedId are
-// refused with InvalidResourceID rather than growing a table without bound.
+// Ids: any non-negative 32-bit id reaches the loaders; the tables by id keep memory
+// bounded for large ids (IdTable.h).
 //
 // Thread safety: used by one manager, which serialises the calls.
 #pragma once
@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "storages/IStorage.h"
+#include "storages/IdTable.h"
 
 namespace ResourceLib {
 
@@ -28,8 +29,6 @@ class StorageBase : public IStorage,
                     public InterfaceCore::HeirClassBase<IStorage>,
                     public InterfaceCore::EnumeratableClassBase<StorageBase> {
 public:
-    static constexpr int32_t kMaxCachedId = 0xFFFFF;
-
     StorageBase();
 
     bool SetManager(boost::weak_ptr<IManager> manager, Error* error = nullptr) override;
@@ -117,13 +116,13 @@ private:
     // the manager's own string lookup could not be asked.
     std::wstring PlaceholderValue(const std::wstring& name, bool& managerGone) const;
 
-    std::vector<Entry<std::wstring>> stringsById;
-    std::vector<BitmapList> bitmapsById;
-    std::vector<IconList> iconsById;
-    std::vector<Entry<std::vector<uint8_t>>> binariesById;
-    std::vector<Entry<COLORREF>> colorsById;
-    std::vector<Entry<FontHandle>> fontsById;
-    std::vector<Entry<int32_t>> integersById;
+    IdTable<Entry<std::wstring>> stringsById;
+    IdTable<BitmapList> bitmapsById;
+    IdTable<IconList> iconsById;
+    IdTable<Entry<std::vector<uint8_t>>> binariesById;
+    IdTable<Entry<COLORREF>> colorsById;
+    IdTable<Entry<FontHandle>> fontsById;
+    IdTable<Entry<int32_t>> integersById;
     ByName<Entry<std::wstring>> stringsByName;
     ByName<BitmapList> bitmapsByName;
     ByName<IconList> iconsByName;

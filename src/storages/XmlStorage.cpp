@@ -60,9 +60,9 @@ bool XmlStorage::IsAvailable(Error* /*error*/) {
 }
 
 bool XmlStorage::Reload(Error* /*error*/) {
+    // Files are added as they load: when one throws, the request fails, and those loaded
+    // before it go on serving the later requests for this language and skin.
     sources.clear();
-    // Built aside, so that a file that throws leaves no half-filled search order behind.
-    std::vector<Source> loaded;
     const std::wstring language = internal::NameOf(GetCurrentLanguage());
     const std::wstring skin = internal::NameOf(GetCurrentSkin());
     for (const std::wstring& folder : internal::CandidateFolders(directory, language, skin)) {
@@ -72,9 +72,8 @@ bool XmlStorage::Reload(Error* /*error*/) {
         file->Open(path, false);
         const FileSystem::XmlNode section = file->SelectSingleNode(kSectionQuery);
         if (!section) throw std::runtime_error("Invalid resource XML format");
-        loaded.push_back({file, section});
+        sources.push_back({file, section});
     }
-    sources = std::move(loaded);
     return !sources.empty();
 }
 

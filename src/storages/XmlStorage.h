@@ -10,7 +10,7 @@
 // file gives InvalidStorageState. Reload lets two exceptions leave the request: a
 // malformed file (std::runtime_error "Failed to open or parse the designated XML file")
 // and a file without "ResourceLib/Resources" (std::runtime_error "Invalid resource XML
-// format").
+// format"); the files loaded before that one stay in use for the later requests.
 //
 // Thread safety: used by one manager, from the thread that runs the GUI session (fonts
 // and bitmaps are made here); the XML files belong to the thread that loaded them.

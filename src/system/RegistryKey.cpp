@@ -62,11 +62,13 @@ uint32_t Key::ReadDword(std::wstring_view name, uint32_t defaultValue, bool defa
     if (key == nullptr) return defaultValue;
     const std::wstring valueName(name);
     uint32_t type = 0;
+    // Zeroed: a REG_DWORD shorter than 4 bytes fills only its first bytes. A longer one
+    // does not fit, and the read fails.
     uint8_t data[4] = {};
     uint32_t size = sizeof(data);
     uint32_t result = Platform::RegQueryValueEx(key, valueName.c_str(), &type, data, &size);
     internal::LogHiveProblems();
-    if (result == 0 && (type != REG_DWORD || size != sizeof(data))) result = kErrorInvalidData;
+    if (result == 0 && type != REG_DWORD) result = kErrorInvalidData;
     if (result != 0) return defaultValue;
     uint32_t value = 0;
     std::memcpy(&value, data, sizeof(value));

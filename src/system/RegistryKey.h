@@ -47,7 +47,9 @@ public:
     // registry.
     KeyHandle Open(int mode, uint32_t access, bool defaultView);
 
-    // The REG_DWORD value `name`, or `defaultValue`.
+    // The REG_DWORD value `name` (read into 4 zeroed bytes, so a shorter one is
+    // zero-extended), or `defaultValue` when the read fails (also for data longer than 4
+    // bytes) or the value has another type.
     uint32_t ReadDword(std::wstring_view name, uint32_t defaultValue, bool defaultView = true);
 
     // The REG_SZ or REG_EXPAND_SZ value `name` (references not expanded), or `defaultValue`.

@@ -169,8 +169,11 @@ TEST(ManagerImpl, NameRegistry) {
     EXPECT_THROW(manager->RegisterResourceName(1, L"A", 3), std::logic_error);
     EXPECT_THROW(manager->GetResourceName(1, 256), std::logic_error);
     EXPECT_FALSE(manager->RegisterResourceName(-1, L"A", ResourceType_String));
-    EXPECT_FALSE(manager->RegisterResourceName(ManagerImpl::kMaxResourceId + 1, L"A", 1));
-    EXPECT_TRUE(manager->RegisterResourceName(ManagerImpl::kMaxResourceId, L"Last", 2));
+    // Any non-negative id; the ids below the largest one stay unnamed.
+    EXPECT_TRUE(manager->RegisterResourceName(INT32_MAX, L"Last", ResourceType_Unnamed));
+    EXPECT_EQ(manager->GetResourceName(INT32_MAX, ResourceType_Unnamed), L"Last");
+    EXPECT_EQ(manager->GetResourceId(L"Last", ResourceType_Unnamed), INT32_MAX);
+    EXPECT_EQ(manager->GetResourceName(5, ResourceType_Unnamed), L"");
     EXPECT_EQ(manager->GetResourceId(L"Never", ResourceType_String), kNoResourceId);
 
     manager->SetParent(parent);

@@ -158,13 +158,24 @@ TEST_F(StorageBaseTest, ExpandsPlaceholders) {
     looping->SetManager(boost::weak_ptr<IManager>(cycle));
     EXPECT_NE(looping->GetString(ResourceName(L"X")).find(L"{Y}"), std::wstring::npos);
 
+    // Two strings that name each other: each is expanded, and what stays unexpanded is
+    // only a name of the cycle.
     cycle->forward.clear();
     looping->ClearCache();
-    looping->strings[L"A"] = L"a{B}{B}{B}{B}";
-    looping->strings[L"B"] = L"b{A}{A}{A}{A}";
+    looping->strings[L"A"] = L"a{B}{B}";
+    looping->strings[L"B"] = L"b{A}{A}";
     const std::wstring a = looping->GetString(ResourceName(L"A"));
-    EXPECT_EQ(a.size(), 213u);  // "a" + 4 x ("b" + 4 x "a{B}{B}{B}{B}")
-    EXPECT_TRUE(a.starts_with(L"aba{B}{B}{B}{B}a{B}")) << a.substr(0, 40);
+    EXPECT_TRUE(a.starts_with(L"ab")) << a;
+    std::wstring rest = a;
+    for (const wchar_t* cycleName : {L"{A}", L"{B}"})
+        for (std::size_t at; (at = rest.find(cycleName)) != std::wstring::npos;) rest.erase(at, 3);
+    EXPECT_EQ(rest.find_first_of(L"{}"), std::wstring::npos) << a;
+
+    // Length is no limit: a placeholder far behind the start is still expanded.
+    storage->strings[L"Long"] = std::wstring(70000, L'x') + L"{nl}";
+    const std::wstring expanded = String(L"Long");
+    EXPECT_EQ(expanded.size(), 70001u);
+    EXPECT_TRUE(expanded.ends_with(L"x\n"));
 }
 
 TEST_F(StorageBaseTest, ArgumentsAndErrors) {
@@ -200,8 +211,10 @@ TEST_F(StorageBaseTest, ArgumentsAndErrors) {
     EXPECT_FALSE(storage->ReleaseResource(3, ResourceType_Unnamed));
     EXPECT_TRUE(storage->ReleaseResource(3, ResourceType_Binary));
     EXPECT_FALSE(storage->ReleaseResource(-1, ResourceType_String));
-    EXPECT_EQ(storage->GetColor(StorageBase::kMaxCachedId + 1, &error), 0u);
-    EXPECT_EQ(error, MakeErrorCode(InvalidResourceID));
+    // Any non-negative id reaches the loader and is cached.
+    EXPECT_EQ(storage->GetColor(INT32_MAX, &error), COLORREF(INT32_MAX));
+    EXPECT_FALSE(error);
+    EXPECT_TRUE(storage->ReleaseResource(INT32_MAX, ResourceType_Color));
 }
 
 TEST(StorageBase, BindsOnlyInternalManagers) {

@@ -51,6 +51,10 @@ TEST(XmlFile, OpensQueriesAndReads) {
     std::vector<XmlNode> nodes;
     EXPECT_TRUE(file.SelectNodes(nodes, L"String", resources));
     EXPECT_EQ(nodes.size(), 2u);
+    EXPECT_TRUE(file.SelectNodes(nodes, L"@*", a));  // attributes are nodes too
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(file.GetNodeName(nodes[1]), L"empty");
+    EXPECT_FALSE(file.IsElement(nodes[1]));
     EXPECT_FALSE(file.SelectNodes(nodes, L"String", XmlNode()));
     EXPECT_TRUE(nodes.empty());
 
@@ -85,12 +89,64 @@ TEST(XmlFile, OpensQueriesAndReads) {
     EXPECT_FALSE(file.Save(L""));
 }
 
+// What a conforming reader makes of a document: nullptr where it must refuse to open it,
+// else the text of the node that `query` selects from the document element.
+struct ReadCase {
+    const char* what;
+    std::string document;
+    const wchar_t* query;
+    const wchar_t* text;
+};
+
+TEST(XmlFile, ReadsWhatTheXmlRulesSay) {
+    TestSupport::TempFolder folder;
+    ASSERT_TRUE(TestSupport::WriteFile(folder / "secret.txt", "secret"));
+    const ReadCase cases[] = {
+        {"bare ampersand", "<r>a & b</r>", L".", nullptr},
+        {"duplicate attribute", "<r a=\"1\" a=\"2\"/>", L".", nullptr},
+        {"undefined entity", "<r>&nope;</r>", L".", nullptr},
+        {"second root element", "<r/><s/>", L".", nullptr},
+        {"text after the root", "<r/>tail", L".", nullptr},
+        {"< inside an attribute", "<r a=\"<\"/>", L".", nullptr},
+        {"unclosed element", "<ResourceLib><a></ResourceLib>", L".", nullptr},
+        {"empty file", "", L".", nullptr},
+        {"declared encoding", "<?xml version=\"1.0\" encoding=\"windows-1252\"?><r>caf\xE9</r>",
+         L".", L"caf\u00E9"},
+        {"CDATA kept whole", "<r> <![CDATA[  kept  ]]> </r>", L".", L"  kept  "},
+        {"attribute node", "<r><s name=\" A \"/></r>", L"s/@name", L"A"},
+        {"name test and exact value",
+         "<r xmlns:x=\"u\"><x:s name=\"b\">in x</x:s><s name=\" b\">spaced</s><s name=\"b\">"
+         "plain</s><s name=\"b\">second</s></r>",
+         L"s[@name=\"b\"]", L"plain"},
+        {"the same through the XPath engine",
+         "<r xmlns:x=\"u\"><x:s name=\"b\">in x</x:s><s name=\" b\">spaced</s><s name=\"b\">"
+         "plain</s><s name=\"b\">second</s></r>",
+         L"s[ @name = \"b\" ]", L"plain"},
+        {"internal entity", "<!DOCTYPE r [<!ENTITY co \"Lumetta\">]><r>&co; Ltd</r>", L".",
+         L"Lumetta Ltd"},
+        {"external entity never loaded",
+         "<!DOCTYPE r [<!ENTITY x SYSTEM \"secret.txt\">]><r>[&x;]</r>", L".", L"[]"},
+    };
+    for (const ReadCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        ASSERT_TRUE(TestSupport::WriteFile(folder / "case.xml", c.document));
+        if (c.text == nullptr) {
+            EXPECT_EQ(ExpectOpenFails(Wide(folder / "case.xml")),
+                      "Failed to open or parse the designated XML file");
+            continue;
+        }
+        XmlFile file(Wide(folder / "case.xml"), false);
+        const XmlNode found = file.SelectSingleNode(file.GetRoot(), c.query);
+        ASSERT_TRUE(found);
+        EXPECT_EQ(file.GetText(found), c.text);
+    }
+}
+
 TEST(XmlFile, FailuresAndSaving) {
     TestSupport::TempFolder folder;
-    const std::string expected = "Failed to open or parse the designated XML file";
     ASSERT_TRUE(TestSupport::WriteFile(folder / "broken.xml", "<ResourceLib><a></ResourceLib>"));
-    EXPECT_EQ(ExpectOpenFails(Wide(folder / "broken.xml")), expected);
-    EXPECT_EQ(ExpectOpenFails(Wide(folder / "missing.xml")), expected);
+    EXPECT_EQ(ExpectOpenFails(Wide(folder / "missing.xml")),
+              "Failed to open or parse the designated XML file");
 
     XmlFile broken(false);
     EXPECT_THROW(broken.Open(Wide(folder / "broken.xml"), false), std::runtime_error);

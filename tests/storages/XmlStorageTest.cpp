@@ -54,9 +54,11 @@ TEST_F(XmlStorageTest, ValuesFromMostSpecificFile) {
         <Font name="Title" value="no comma"/>)");
     auto manager = StorageTests::Bind(storage_, L"en-us", L"Blue");
     manager->RegisterResourceName(3, L"Where", ResourceType_String);
+    manager->RegisterResourceName(INT32_MAX, L"A", ResourceType_String);
 
     EXPECT_EQ(storage_->GetString(L"Where", &error_), L"en-us/Blue");
     EXPECT_EQ(storage_->GetString(3, &error_), L"en-us/Blue");
+    EXPECT_EQ(storage_->GetString(INT32_MAX, &error_), L"x");
     EXPECT_EQ(storage_->GetString(L"A", &error_), L"x");
     EXPECT_EQ(storage_->GetString(L"B", &error_), L"yz");
     EXPECT_EQ(storage_->GetString(L"C", &error_), L"");
@@ -91,9 +93,15 @@ TEST_F(XmlStorageTest, MissingAndBrokenFiles) {
     storage_->GetString(1, &error_);
     EXPECT_EQ(error_, ErrorOf(InvalidStorageState));
 
+    // The request that meets a malformed file throws; the files loaded before it serve
+    // the next request.
+    Resources("de-de/Blue", R"(<String name="Any" value="blue"/>)");
     StorageTests::WriteFile(temp_ / "de-de" / "Resources.xml", "<ResourceLib><Resources>");
     manager->SetLanguage(StorageTests::MakeLanguage(L"de-de"));
+    manager->SetSkin(StorageTests::MakeSkin(L"Blue"));
     EXPECT_EQ(Thrown(), "Failed to open or parse the designated XML file");
+    EXPECT_EQ(storage_->GetString(L"Any", &error_), L"blue");
+    manager->SetSkin(SkinPtr());
     StorageTests::WriteFile(temp_ / "fr-fr" / "Resources.xml",
                             "<ResourceLib><Other/></ResourceLib>");
     manager->SetLanguage(StorageTests::MakeLanguage(L"fr-fr"));

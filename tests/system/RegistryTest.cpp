@@ -26,6 +26,7 @@ protected:
               "\"OneByte\"=hex(1):41\n"
               "\"EmptySz\"=hex(1):\n"
               "\"ShortDword\"=hex(4):01,02\n"
+              "\"LongDword\"=hex(4):01,02,03,04,05\n"
               "\"Qword\"=hex(b):01,00,00,00,00,00,00,00\n");
         Write("HKEY_CURRENT_USER.reg",
               "Windows Registry Editor Version 5.00\n"
@@ -64,9 +65,12 @@ TEST_F(RegistryHives, KeysReadValuesWithTheirTypeRules) {
     EXPECT_EQ(key.ReadDword(L"Number", 7), 42u);
     EXPECT_EQ(key.ReadDword(L"number", 7, false), 42u);  // forced 64-bit view, same hive
 
-    // Wrong types, sizes and terminators give the default.
+    // A DWORD is decided by success and type: a short one reads as far as it goes, one
+    // too long for the 4 bytes fails.
+    EXPECT_EQ(key.ReadDword(L"ShortDword", 7), 0x0201u);
+    EXPECT_EQ(key.ReadDword(L"LongDword", 7), 7u);
+    // Wrong types and terminators give the default.
     EXPECT_EQ(key.ReadDword(L"Text", 7), 7u);
-    EXPECT_EQ(key.ReadDword(L"ShortDword", 7), 7u);
     EXPECT_EQ(key.ReadDword(L"Qword", 7), 7u);
     EXPECT_EQ(key.ReadDword(L"Missing", 7), 7u);
     EXPECT_EQ(key.ReadString(L"Number", L"dflt"), L"dflt");
