@@ -102,6 +102,7 @@ TEST_F(ShellFolder, ChildrenGetOnlyTheStandardDescriptorsAndAddressesNeverRunAFi
     fs::current_path(folder_);
 
     EXPECT_TRUE(System::ShellOpen(L"mailto:someone@example.org", L"", System::SW_SHOW));
+    EXPECT_TRUE(System::ShellOpen(L"doc.txt", L"", System::SW_SHOW));
     EXPECT_TRUE(System::ShellOpen(Wide(folder_ / "tool.sh"), L"x", System::SW_SHOW));
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!fs::exists(folder_ / "tool.log") && std::chrono::steady_clock::now() < deadline)
@@ -109,7 +110,7 @@ TEST_F(ShellFolder, ChildrenGetOnlyTheStandardDescriptorsAndAddressesNeverRunAFi
     fs::current_path(before);
     ::close(leaked);
 
-    EXPECT_EQ(Read(folder_ / "xdg.log"), "mailto:someone@example.org closed\n");
+    EXPECT_EQ(Read(folder_ / "xdg.log"), "mailto:someone@example.org closed\ndoc.txt closed\n");
     EXPECT_EQ(Read(folder_ / "tool.log"), "x closed\n");
     EXPECT_FALSE(fs::exists(folder_ / "planted.log")) << "the planted file ran";
 }
