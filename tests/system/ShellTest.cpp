@@ -88,11 +88,13 @@ TEST_F(ShellFolder, ChildrenGetOnlyTheStandardDescriptorsAndAddressesNeverRunAFi
     // A descriptor without close-on-exec, as another part of the program may leave one.
     const int leaked = ::dup2(::open("/dev/null", O_RDONLY), 77);
     ASSERT_EQ(leaked, 77);
-    // Each program writes its first argument and whether it sees descriptor 77.
+    // Each program adds its first argument and whether it sees descriptor 77 to its log,
+    // which appears whole (copied, then renamed).
     const auto recorder = [&](const fs::path& log) {
+        const std::string l = "\"" + log.string();
         return "#!/bin/sh\nif [ -e /proc/$$/fd/77 ]; then s=open; else s=closed; fi\n"
-               "echo \"$1 $s\" >> \"" +
-               log.string() + ".tmp\"\nmv \"" + log.string() + ".tmp\" \"" + log.string() + "\"\n";
+               "echo \"$1 $s\" >> " +
+               l + ".all\"\ncp " + l + ".all\" " + l + ".tmp\"\nmv " + l + ".tmp\" " + l + "\"\n";
     };
     WriteScript(folder_ / "bin" / "xdg-open", recorder(folder_ / "xdg.log"));
     WriteScript(folder_ / "tool.sh", recorder(folder_ / "tool.log"));
