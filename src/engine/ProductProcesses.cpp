@@ -80,12 +80,12 @@ bool UpdateEngine::CloseRunningProduct(uint32_t timeoutMs) {
         });
     }
     // The signal is for this product only: whatever the outcome, none may wait for a
-    // product started later, which would exit at once. A signal the product did not take
-    // is taken back; and once no product runs, the name goes too, so the next start makes
-    // a fresh event. A product that could not be ended keeps the name it waits on.
+    // product started later, which would exit at once. A signal nobody took is taken back;
+    // and once no copy of the product runs, the name goes too, so that the next start makes
+    // a fresh event. Copies still running keep the name they wait on.
     exitEvent.Wait(0);
     exitEvent.Close();
-    if (gone || !product.IsValid()) Platform::NamedEvent::Remove(eventName);
+    if (FindProductProcessId() == 0) Platform::NamedEvent::Remove(eventName);
     return gone;
 }
 

@@ -88,11 +88,13 @@ TEST_F(ShellFolder, ChildrenGetOnlyTheStandardDescriptorsAndAddressesNeverRunAFi
     // A descriptor without close-on-exec, as another part of the program may leave one.
     const int leaked = ::dup2(::open("/dev/null", O_RDONLY), 77);
     ASSERT_EQ(leaked, 77);
-    // Each program writes its first argument and whether it sees descriptor 77.
+    // Each program adds its first argument and whether it sees descriptor 77 to its log,
+    // which appears whole (copied, then renamed).
     const auto recorder = [&](const fs::path& log) {
+        const std::string l = "\"" + log.string();
         return "#!/bin/sh\nif [ -e /proc/$$/fd/77 ]; then s=open; else s=closed; fi\n"
-               "echo \"$1 $s\" >> \"" +
-               log.string() + ".tmp\"\nmv \"" + log.string() + ".tmp\" \"" + log.string() + "\"\n";
+               "echo \"$1 $s\" >> " +
+               l + ".all\"\ncp " + l + ".all\" " + l + ".tmp\"\nmv " + l + ".tmp\" " + l + "\"\n";
     };
     WriteScript(folder_ / "bin" / "xdg-open", recorder(folder_ / "xdg.log"));
     WriteScript(folder_ / "tool.sh", recorder(folder_ / "tool.log"));
@@ -102,6 +104,7 @@ TEST_F(ShellFolder, ChildrenGetOnlyTheStandardDescriptorsAndAddressesNeverRunAFi
     fs::current_path(folder_);
 
     EXPECT_TRUE(System::ShellOpen(L"mailto:someone@example.org", L"", System::SW_SHOW));
+    EXPECT_TRUE(System::ShellOpen(L"doc.txt", L"", System::SW_SHOW));
     EXPECT_TRUE(System::ShellOpen(Wide(folder_ / "tool.sh"), L"x", System::SW_SHOW));
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!fs::exists(folder_ / "tool.log") && std::chrono::steady_clock::now() < deadline)
@@ -109,7 +112,7 @@ TEST_F(ShellFolder, ChildrenGetOnlyTheStandardDescriptorsAndAddressesNeverRunAFi
     fs::current_path(before);
     ::close(leaked);
 
-    EXPECT_EQ(Read(folder_ / "xdg.log"), "mailto:someone@example.org closed\n");
+    EXPECT_EQ(Read(folder_ / "xdg.log"), "mailto:someone@example.org closed\ndoc.txt closed\n");
     EXPECT_EQ(Read(folder_ / "tool.log"), "x closed\n");
     EXPECT_FALSE(fs::exists(folder_ / "planted.log")) << "the planted file ran";
 }
