@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <QApplication>
+#include <QFontMetrics>
 #include <QProgressBar>
 #include <QPushButton>
 
@@ -76,6 +77,10 @@ TEST_F(UpdaterDialogTest, FollowsTheStagesAndLaunchesOnceFinished) {
     // The template's layout in pixels: the bar lies between the label and the buttons.
     EXPECT_GT(dialog.ProgressBar()->y(), dialog.StatusLabel()->y());
     EXPECT_GT(dialog.CancelButton()->y(), dialog.ProgressBar()->geometry().bottom());
+    // One line of status text, in the font it is drawn with, fits the label.
+    const CLabel& label = *dialog.StatusLabel();
+    EXPECT_LE(QFontMetrics(*label.GetFont()->GetHandle(), &label).height(),
+              label.contentsRect().height());
 
     SetState(Engine::Connecting);
     EXPECT_TRUE(WaitFor([&] { return dialog.StatusText() == L"T1"; }));
