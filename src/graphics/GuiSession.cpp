@@ -3,26 +3,46 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QGuiApplication>
+
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "platform/Environment.h"
 
 namespace CommonGuiLib {
 
-// The application keeps references to its argument count and vector, so they live beside it
-// when the session supplies them.
+// The application keeps references to its argument count and vector, so they live beside it.
 struct GuiSession::Application {
-    explicit Application(bool offscreen) : ownArgc(offscreen ? 3 : 1), app(ownArgc, ownArgv) {}
-    explicit Application(std::string programPath)
-        : program(std::move(programPath)), app(ownArgc, (ownArgv[0] = program.data(), ownArgv)) {}
+    explicit Application(bool offscreen)
+        : arguments(offscreen ? std::vector<std::string>{"lumetta", "-platform", "offscreen"}
+                              : std::vector<std::string>{"lumetta"}),
+          argc(Pointers()),
+          app(argc, argv.data()) {}
 
-    std::string program;
-    char name[8] = "lumetta";
-    char platformOption[10] = "-platform";
-    char platformName[10] = "offscreen";
-    char* ownArgv[4] = {name, platformOption, platformName, nullptr};
-    int ownArgc = 1;
+    // Qt titles a window whose caption is empty with the program's name, taken from the
+    // first argument; the program's windows show the captions they are given and nothing
+    // else, so Qt gets an empty one. The X11 instance name stays the program's file name.
+    explicit Application(const char* programPath)
+        : arguments(ProgramArguments(programPath)), argc(Pointers()), app(argc, argv.data()) {}
+
+    static std::vector<std::string> ProgramArguments(const char* programPath) {
+        std::vector<std::string> result{""};
+        if (programPath != nullptr) {
+            const std::string program = programPath;
+            result.insert(result.end(), {"-name", program.substr(program.find_last_of('/') + 1)});
+        }
+        return result;
+    }
+
+    int Pointers() {
+        for (std::string& argument : arguments) argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        return static_cast<int>(arguments.size());
+    }
+
+    std::vector<std::string> arguments;
+    std::vector<char*> argv;
+    int argc;
     QApplication app;
 };
 

@@ -24,7 +24,9 @@ public:
     // For a program's main(): `programPath` is argv[0]. No other argument reaches Qt, since
     // the command line belongs to the program ("-platform" or "-reverse" there are its
     // options' values, not Qt's); Qt still reads its environment, such as QT_QPA_PLATFORM.
-    // Qt ends the process when no display can be opened, as every Qt program does.
+    // Qt gets no program name either, so that a window with an empty caption shows none
+    // rather than the program's name. Qt ends the process when no display can be opened, as
+    // every Qt program does.
     explicit GuiSession(const char* programPath);
     ~GuiSession();
     GuiSession(const GuiSession&) = delete;

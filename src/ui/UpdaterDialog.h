@@ -6,6 +6,12 @@
 // The worker learns nothing of the window: its events (OnStateChanged, OnProgress) arrive
 // on the worker thread and only queue a call to the dialog's thread, whose handlers read
 // the engine's current values. Several queued calls may therefore show the same state.
+// Progress arrives once per received block; at most one progress call waits in the queue
+// at a time and the bar is drawn at most every 20 ms, so a fast download cannot flood the
+// user-interface thread.
+//
+// Keyboard: focus starts on the first control that takes it in tab order; Return presses
+// the focused push button, else the template's default button when it is shown.
 //
 // Ends with QDialog::Accepted only through the launch button; with QDialog::Rejected
 // through the cancel button, Esc, the close box once finished, or a failure.
@@ -19,11 +25,14 @@
 
 #include <QDialog>
 
+#include <atomic>
+
 #include "engine/IUpdateEvents.h"
 #include "ui/UpdaterDialogHost.h"
 
 class QCloseEvent;
 class QMessageBox;
+class QKeyEvent;
 class QProgressBar;
 class QPushButton;
 class QShowEvent;
@@ -68,11 +77,13 @@ public:
 protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void OnInitDialog();
     std::wstring Text(AppResources::StringID id) const;
     std::wstring ExpandedText(AppResources::StringID id) const;
+    void DrawProgress();
     void ReportFailure();
     void WaitForCancel();
     void RunDemoAids();
@@ -82,6 +93,10 @@ private:
     QProgressBar* progress = nullptr;
     QPushButton* launchButton = nullptr;
     QPushButton* cancelButton = nullptr;
+    QPushButton* defaultButton = nullptr;  // the template's default push button, if any
+    // Set from queuing a progress call until one interval after it was drawn; the worker
+    // queues another only when it is clear.
+    std::atomic<bool> m_progressQueued{false};
     bool initialized = false;
     bool m_cancelled = false;
     bool m_errorShown = false;
