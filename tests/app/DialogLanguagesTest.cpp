@@ -33,7 +33,7 @@
 #include "ui/Label.h"
 #include "ui/UiTestApplication.h"
 #include "ui/UpdaterDialog.h"
-#include "ui/gdi/SharedGDIObject.h"
+#include "graphics/SharedGDIObject.h"
 
 using namespace AppResources;
 
