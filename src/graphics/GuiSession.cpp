@@ -4,21 +4,48 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 
+#include <string>
+#include <vector>
+
 #include "platform/Environment.h"
 
 namespace CommonGuiLib {
 
-// The application keeps references to its argument count and vector, so they live beside it
-// when the session supplies them.
+// The application keeps references to its argument count and vector, so they live beside it.
 struct GuiSession::Application {
-    explicit Application(bool offscreen) : ownArgc(offscreen ? 3 : 1), app(ownArgc, ownArgv) {}
-    Application(int& argc, char** argv) : app(argc, argv) {}
+    explicit Application(bool offscreen)
+        : arguments(offscreen ? std::vector<std::string>{"lumetta", "-platform", "offscreen"}
+                              : std::vector<std::string>{"lumetta"}),
+          argc(Pointers()),
+          app(argc, argv.data()) {}
 
-    char name[8] = "lumetta";
-    char platformOption[10] = "-platform";
-    char platformName[10] = "offscreen";
-    char* ownArgv[4] = {name, platformOption, platformName, nullptr};
-    int ownArgc = 1;
+    // Qt titles a window whose caption is empty with the program's name, taken from the
+    // first argument; the program's windows show the captions they are given and nothing
+    // else, so Qt gets an empty one. The X11 instance name stays the program's file name.
+    Application(int programArgc, char** programArgv)
+        : arguments(ProgramArguments(programArgc, programArgv)),
+          argc(Pointers()),
+          app(argc, argv.data()) {}
+
+    static std::vector<std::string> ProgramArguments(int count, char** values) {
+        std::vector<std::string> result{""};
+        if (count > 0 && values[0] != nullptr) {
+            const std::string program = values[0];
+            result.insert(result.end(), {"-name", program.substr(program.find_last_of('/') + 1)});
+        }
+        for (int i = 1; i < count; ++i) result.emplace_back(values[i] ? values[i] : "");
+        return result;
+    }
+
+    int Pointers() {
+        for (std::string& argument : arguments) argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        return static_cast<int>(arguments.size());
+    }
+
+    std::vector<std::string> arguments;
+    std::vector<char*> argv;
+    int argc;
     QApplication app;
 };
 

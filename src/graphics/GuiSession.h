@@ -21,9 +21,10 @@ public:
     // and no platform chosen through QT_QPA_PLATFORM, the application is made on the
     // "offscreen" platform. The environment is left unchanged.
     GuiSession();
-    // For a program's main(): Qt reads its own options from the command line. argc and argv
-    // must outlive the session (Qt keeps them). Qt ends the process when no display can be
-    // opened, as every Qt program does.
+    // For a program's main(): Qt reads its own options from a copy of the command line,
+    // which it gets without the program's name, so that a window with an empty caption
+    // shows none rather than the program's name. Qt ends the process when no display can
+    // be opened, as every Qt program does.
     GuiSession(int& argc, char** argv);
     ~GuiSession();
     GuiSession(const GuiSession&) = delete;

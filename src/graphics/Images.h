@@ -104,21 +104,29 @@ void DrawTiled(QPainter& dc, const SharedBitmap& image, const Rect& rect,
                uint32_t transparencyPercent, bool perPixelAlpha, bool alreadyPremultiplied);
 
 // A font as a LOGFONT describes it: a negative height is the character height in pixels,
-// a positive one the cell height, 0 the default size.
+// a positive one the cell height (ascent plus descent), 0 the default size.
 struct LogFont {
     int32_t height = 0;
-    int32_t weight = 0;  // 0 default, 400 normal, 700 bold, up to 1000
+    int32_t width = 0;        // average character width in pixels; 0 the face's own
+    int32_t escapement = 0;   // angle of the text line, tenths of a degree counter-clockwise
+    int32_t orientation = 0;  // angle of each character, tenths of a degree
+    int32_t weight = 0;       // 0 default, 400 normal, 700 bold, up to 1000
     bool italic = false;
     bool underline = false;
     bool strikeOut = false;
+    uint8_t charSet = 0;  // 0 ANSI_CHARSET, 1 DEFAULT_CHARSET, ...
     uint8_t quality = 0;
     std::wstring faceName;
 };
 
+// A font made as `font` describes. Positive heights and widths are measured with the font
+// database, which needs a running GUI (GuiSession); without one the cell height is used
+// as the character height. Any thread that may use Qt's fonts.
 SharedFont CreateFontIndirect(const LogFont& font);
 // A holder owning `font`.
 SharedFont WrapFont(QFont* font);
-// What a font holder describes, in LOGFONT terms.
+// What a font holder describes, in LOGFONT terms: for a font made by CreateFontIndirect,
+// exactly the description it was made from; for any other, what Qt reports of it.
 LogFont DescribeFont(const SharedFont& font);
 
 }  // namespace CommonGuiLib

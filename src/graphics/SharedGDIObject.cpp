@@ -3,6 +3,8 @@
 #include <QFont>
 #include <QImage>
 
+#include "graphics/internal/FontRecords.h"
+
 namespace CommonGuiLib {
 
 template <>
@@ -17,6 +19,7 @@ void ReleaseGDIHandle<kIconObject>(QImage* handle) {
 
 template <>
 void ReleaseGDIHandle<kFontObject>(QFont* handle) {
+    internal::ForgetFontRecord(handle);
     delete handle;
 }
 

@@ -191,7 +191,7 @@ CLabel& CLabel::SetFontBold(bool bold) {
 }
 
 CLabel& CLabel::SetFontName(const std::wstring& faceName, uint8_t charSet) {
-    m_charSet = charSet;
+    m_logFont.charSet = charSet;
     m_logFont.faceName = CutFaceName(faceName);
     MakeFont();
     Redraw();
@@ -213,12 +213,18 @@ CLabel& CLabel::SetFontItalic(bool italic) {
 }
 
 CLabel& CLabel::SetFontSize(int points) {
-    // The cell height a font mapper gives for the point size; Qt keeps the height asked
-    // for, so it goes into the description directly.
-    const double height = std::trunc(static_cast<double>(points) * 1.6);
-    m_logFont.height = static_cast<int32_t>(
-        std::clamp(height, static_cast<double>(std::numeric_limits<int32_t>::min()),
-                   static_cast<double>(std::numeric_limits<int32_t>::max())));
+    // A font of that many points is asked for by its cell height; the font mapper's answer
+    // gives the height and width, everything else of the description stays.
+    CommonGuiLib::LogFont sized;
+    sized.height =
+        static_cast<int32_t>(std::clamp(std::trunc(static_cast<double>(points) * 1.6),
+                                        static_cast<double>(std::numeric_limits<int32_t>::min()),
+                                        static_cast<double>(std::numeric_limits<int32_t>::max())));
+    sized.faceName = m_logFont.faceName;
+    const CommonGuiLib::LogFont made =
+        CommonGuiLib::DescribeFont(CommonGuiLib::CreateFontIndirect(sized));
+    m_logFont.height = made.height;
+    m_logFont.width = made.width;
     MakeFont();
     Redraw();
     return *this;
@@ -278,9 +284,11 @@ CLabel& CLabel::SetRaisedText(bool enable, bool downRight) {
 }
 
 CLabel& CLabel::SetRotation(int degrees, bool enable) {
-    m_escapement = static_cast<int32_t>(std::clamp<int64_t>(static_cast<int64_t>(degrees) * 10,
-                                                            std::numeric_limits<int32_t>::min(),
-                                                            std::numeric_limits<int32_t>::max()));
+    const auto angle = static_cast<int32_t>(
+        std::clamp<int64_t>(static_cast<int64_t>(degrees) * 10, std::numeric_limits<int32_t>::min(),
+                            std::numeric_limits<int32_t>::max()));
+    m_logFont.escapement = angle;
+    m_logFont.orientation = angle;
     m_rotate = enable;
     MakeFont();
     Redraw();
@@ -296,7 +304,6 @@ CLabel& CLabel::SetRaisedTextColor(uint32_t color) {
 CLabel& CLabel::SetLogFont(const CommonGuiLib::LogFont& logFont) {
     m_logFont = logFont;
     m_logFont.faceName = CutFaceName(logFont.faceName);
-    m_escapement = 0;  // a whole new font description: it carries no rotation
     MakeFont();
     Redraw();
     return *this;
@@ -431,7 +438,7 @@ void CLabel::PaintText(QPainter& painter, const QRect& client) {
         // Rotated text starts at the centre, on its baseline.
         painter.save();
         painter.translate(client.x() + client.width() / 2, client.y() + client.height() / 2);
-        painter.rotate(-m_escapement / 10.0);
+        painter.rotate(-m_logFont.escapement / 10.0);
         painter.drawText(QPointF(0, 0), text);
         painter.restore();
         return;

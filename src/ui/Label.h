@@ -4,8 +4,8 @@
 // rotated, and open a web or mail link when clicked.
 //
 // Colours are COLORREF values (0x00BBGGRR). The font is described as a LOGFONT is
-// (CommonGuiLib::LogFont): a positive height is the cell height in pixels at 96 dots per
-// inch, a negative one the character height; Qt scales either to the screen.
+// (CommonGuiLib::LogFont): a positive height is the cell height in pixels (ascent plus
+// descent), a negative one the character height.
 //
 // Every setter returns the label, so calls can be chained:
 //   label.SetFontName(L"Arial").SetFontSize(11).SetText(L"Working...");
@@ -77,7 +77,7 @@ public:
     virtual CLabel& SetText(const std::wstring& text);
     virtual CLabel& SetFontBold(bool bold);
     // Face names longer than 31 characters are cut to 31, as a LOGFONT holds no more.
-    // `charSet` is kept for SetLogFont's callers; Qt chooses the script from the text.
+    // `charSet` goes into the description; Qt chooses the script from the text itself.
     virtual CLabel& SetFontName(const std::wstring& faceName, uint8_t charSet = 0);
     virtual CLabel& SetFontUnderline(bool underline);
     virtual CLabel& SetFontItalic(bool italic);
@@ -157,8 +157,6 @@ private:
     uint32_t m_faceColor;  // COLOR_BTNFACE, the background when none is set
     bool m_hasBackgroundBrush = false;
     CommonGuiLib::LogFont m_logFont;
-    uint8_t m_charSet = 0;
-    int32_t m_escapement = 0;  // tenths of a degree, counter-clockwise
     CommonGuiLib::SharedFont m_font;
     bool m_flashOn = false;
     int m_timerId = 0;

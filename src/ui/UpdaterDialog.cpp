@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QMetaObject>
 #include <QPixmap>
@@ -79,6 +80,11 @@ CUpdaterDlg::CUpdaterDlg(UI::UpdaterDialogContext dialogContext, QWidget* parent
     setWindowIcon(UI::internal::LoadModuleIcon(IDR_MAINFRAME));
     connect(launchButton, &QPushButton::clicked, this, &QDialog::accept);
     connect(cancelButton, &QPushButton::clicked, this, &CUpdaterDlg::reject);
+    for (QPushButton* button : {launchButton, cancelButton}) {
+        if (button->isDefault() && defaultButton == nullptr) defaultButton = button;
+        // Return is handled below, the same way whichever button has the focus.
+        button->setAutoDefault(false);
+    }
 
     context.engine->AddListener(this);
 }
@@ -93,8 +99,16 @@ void CUpdaterDlg::OnStateChanged() {
 }
 
 void CUpdaterDlg::OnProgress() {
+    // The counts live in the engine; one queued call reads whatever is latest. The exchanges
+    // pair up, so the handler sees at least the counts written before the call it takes.
+    if (m_progressQueued.exchange(true, std::memory_order_acq_rel)) return;
     QMetaObject::invokeMethod(
-        this, [this] { OnUpdateProgress(); }, Qt::QueuedConnection);
+        this,
+        [this] {
+            m_progressQueued.exchange(false, std::memory_order_acq_rel);
+            OnUpdateProgress();
+        },
+        Qt::QueuedConnection);
 }
 
 void CUpdaterDlg::showEvent(QShowEvent* event) {
@@ -120,6 +134,15 @@ void CUpdaterDlg::OnInitDialog() {
     label->SetEndEllipsis(true);
     if (context.startEngine) context.engine->Start();
     label->SetText(ExpandedText(StringID_PreparingForDownload));
+    // Focus to the first control that takes it, as the window may be activated only later,
+    // when the launch button has appeared before it.
+    for (QWidget* widget = nextInFocusChain(); widget != this;
+         widget = widget->nextInFocusChain()) {
+        if (widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus)) {
+            widget->setFocus(Qt::TabFocusReason);
+            break;
+        }
+    }
 }
 
 void CUpdaterDlg::OnUpdateState() {
@@ -144,13 +167,7 @@ void CUpdaterDlg::OnUpdateState() {
 void CUpdaterDlg::OnUpdateProgress() {
     uint32_t total = context.engine->GetTotalSize();
     uint32_t done = context.engine->GetDownloadedSize();
-    if (total == 0) {
-        // A size the server did not tell leaves the bar empty; a range of 0 to 0 would make
-        // Qt animate it as busy.
-        progress->setRange(0, 1);
-        progress->setValue(0);
-        return;
-    }
+    // A size the server did not tell gives the range 0 to 0, which the bar draws empty.
     // The bar counts in int: halve both counts until the size fits.
     while (total > static_cast<uint32_t>(INT_MAX)) {
         total >>= 1;
@@ -198,6 +215,17 @@ void CUpdaterDlg::closeEvent(QCloseEvent* event) {
         return;
     }
     QDialog::closeEvent(event);
+}
+
+void CUpdaterDlg::keyPressEvent(QKeyEvent* event) {
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!enter || (event->modifiers() & ~Qt::KeypadModifier) != 0) {
+        QDialog::keyPressEvent(event);
+        return;
+    }
+    auto* target = qobject_cast<QPushButton*>(focusWidget());
+    if (target == nullptr || !target->isVisible()) target = defaultButton;
+    if (target != nullptr && target->isVisible() && target->isEnabled()) target->click();
 }
 
 void CUpdaterDlg::RunDemoAids() {

@@ -6,6 +6,11 @@
 // The worker learns nothing of the window: its events (OnStateChanged, OnProgress) arrive
 // on the worker thread and only queue a call to the dialog's thread, whose handlers read
 // the engine's current values. Several queued calls may therefore show the same state.
+// Progress arrives once per received block; at most one progress call waits in the queue
+// at a time, so a fast download cannot flood the user-interface thread.
+//
+// Keyboard: focus starts on the first control that takes it in tab order; Return presses
+// the focused push button, else the template's default button when it is shown.
 //
 // Ends with QDialog::Accepted only through the launch button; with QDialog::Rejected
 // through the cancel button, Esc, the close box once finished, or a failure.
@@ -14,6 +19,7 @@
 // OnProgress, which any thread may call.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -23,6 +29,7 @@
 #include "ui/UpdaterDialogHost.h"
 
 class QCloseEvent;
+class QKeyEvent;
 class QMessageBox;
 class QProgressBar;
 class QPushButton;
@@ -66,6 +73,7 @@ public:
 protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void OnInitDialog();
@@ -79,6 +87,9 @@ private:
     QProgressBar* progress = nullptr;
     QPushButton* launchButton = nullptr;
     QPushButton* cancelButton = nullptr;
+    QPushButton* defaultButton = nullptr;  // the template's default push button, if any
+    // Set while a progress call is queued; the worker queues another only once it is taken.
+    std::atomic<bool> m_progressQueued{false};
     bool initialized = false;
     bool m_cancelled = false;
     bool m_errorShown = false;

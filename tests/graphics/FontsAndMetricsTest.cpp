@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QFontInfo>
+#include <QFontMetrics>
 #include <QGuiApplication>
 #include <QPalette>
 
@@ -18,31 +19,56 @@ namespace {
 // Sessions made by these tests must not look for a display.
 const bool kOffscreen = Platform::SetEnvironment("QT_QPA_PLATFORM", "offscreen") == 0;
 
-TEST(Fonts, LogFontRoundTrip) {
+TEST(Fonts, KeepTheDescriptionTheyWereMadeFrom) {
     ASSERT_TRUE(kOffscreen);
     const LogFont bold{.height = -12,
+                       .width = 0,
+                       .escapement = 450,
+                       .orientation = 900,
                        .weight = 800,
                        .italic = true,
                        .strikeOut = true,
+                       .charSet = 2,
                        .quality = 5,
                        .faceName = L"Arial"};
     const SharedFont font = CreateFontIndirect(bold);
     ASSERT_TRUE(HasHandle(font));
     EXPECT_EQ(font->GetHandle()->pixelSize(), 12);
     const LogFont back = DescribeFont(font);
-    EXPECT_EQ(std::tie(back.height, back.weight, back.italic, back.underline, back.strikeOut,
-                       back.quality, back.faceName),
-              std::tie(bold.height, bold.weight, bold.italic, bold.underline, bold.strikeOut,
-                       bold.quality, bold.faceName));
-    // A cell height, the default size and weight, and no face all come back as given.
-    LogFont cellHeight;
-    cellHeight.height = 16;
-    cellHeight.underline = true;
-    const LogFont cell = DescribeFont(CreateFontIndirect(cellHeight));
-    EXPECT_EQ(std::tie(cell.height, cell.weight, cell.underline, cell.faceName),
-              std::make_tuple(16, 0, true, std::wstring()));
-    EXPECT_EQ(DescribeFont(CreateFontIndirect(LogFont{})).height, 0);
+    EXPECT_EQ(std::tie(back.height, back.escapement, back.orientation, back.weight, back.italic,
+                       back.underline, back.strikeOut, back.charSet, back.quality, back.faceName),
+              std::tie(bold.height, bold.escapement, bold.orientation, bold.weight, bold.italic,
+                       bold.underline, bold.strikeOut, bold.charSet, bold.quality, bold.faceName));
+    // A cell height stays one; a font made elsewhere is described by its character height.
+    EXPECT_EQ(DescribeFont(CreateFontIndirect(LogFont{.height = 16})).height, 16);
+    QFont* points = new QFont(QStringLiteral("Arial"));
+    points->setPixelSize(15);
+    EXPECT_EQ(DescribeFont(WrapFont(points)).height, -15);
     EXPECT_FALSE(HasHandle(WrapFont(nullptr)));
+}
+
+// What is drawn: a positive height is the measured line height (ascent plus descent) of
+// the font, a negative one its character height.
+TEST(Fonts, HeightsAreMeasuredOnTheRealFont) {
+    GuiSession session;
+    for (const wchar_t* face : {L"Arial", L"DejaVu Serif"}) {
+        for (const int32_t cell : {11, 13, 17, 24, 40}) {
+            const SharedFont font = CreateFontIndirect(LogFont{.height = cell, .faceName = face});
+            const int lineHeight = QFontMetrics(*font->GetHandle()).height();
+            EXPECT_LE(lineHeight, cell) << cell;
+            EXPECT_GE(lineHeight, cell - 1) << cell;
+        }
+        const SharedFont em = CreateFontIndirect(LogFont{.height = -17, .faceName = face});
+        EXPECT_EQ(QFontInfo(*em->GetHandle()).pixelSize(), 17);
+        EXPECT_GT(QFontMetrics(*em->GetHandle()).height(), 17);
+    }
+    // A width narrows the face.
+    const SharedFont wide = CreateFontIndirect(LogFont{.height = -20, .faceName = L"Arial"});
+    const SharedFont narrow =
+        CreateFontIndirect(LogFont{.height = -20, .width = 4, .faceName = L"Arial"});
+    const QString text = QStringLiteral("Downloading components");
+    EXPECT_LT(QFontMetrics(*narrow->GetHandle()).horizontalAdvance(text),
+              QFontMetrics(*wide->GetHandle()).horizontalAdvance(text) * 3 / 4);
 }
 
 TEST(SystemMetrics, ClassicValuesWithoutGui) {

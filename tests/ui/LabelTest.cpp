@@ -7,6 +7,7 @@
 #include <QPalette>
 
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -79,7 +80,16 @@ TEST_F(LabelTest, FontSetupAndChaining) {
     CLabel& chained = label.SetFontName(L"Arial").SetFontSize(11).SetText(L"Working...");
     EXPECT_EQ(&chained, &label);
     EXPECT_EQ(label.GetLogFont().faceName, L"Arial");
-    EXPECT_EQ(CommonGuiLib::DescribeFont(label.GetFont()).height, 17);
+    // 11 points are a cell height of 17: the font drawn has a line height of 17 pixels, or
+    // one less where hinting rounds the largest size that fits down.
+    EXPECT_EQ(label.GetLogFont().height, 17);
+    const int lineHeight = QFontMetrics(*label.GetFont()->GetHandle(), &label).height();
+    EXPECT_TRUE(lineHeight == 17 || lineHeight == 16) << lineHeight;
+    // The record is what the setters wrote into it.
+    label.SetFontName(L"Arial", 238).SetRotation(90, false);
+    EXPECT_EQ(std::tie(label.GetLogFont().charSet, label.GetLogFont().escapement,
+                       label.GetLogFont().orientation, label.GetLogFont().height),
+              std::make_tuple(uint8_t{238}, 900, 900, 17));
     EXPECT_TRUE(label.SetFontBold(true).GetFont()->GetHandle()->bold());
     EXPECT_EQ(label.SetFontBold(false).GetLogFont().weight, 400);
     EXPECT_EQ(label.SetFontName(std::wstring(40, L'x')).GetLogFont().faceName,

@@ -2,10 +2,13 @@
 // themselves (states and byte counts set directly), and once against a real failing update.
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include <QApplication>
+#include <QFontMetrics>
+#include <QImage>
 #include <QProgressBar>
 #include <QPushButton>
 
@@ -22,6 +25,19 @@ using namespace AppResources;
 namespace {
 
 using TestSupport::WaitFor;
+
+// Counts the events of one type that reach `watched`.
+struct EventCounter : QObject {
+    EventCounter(QObject* watched, QEvent::Type type) : type(type) {
+        watched->installEventFilter(this);
+    }
+    bool eventFilter(QObject*, QEvent* event) override {
+        count += event->type() == type;
+        return false;
+    }
+    QEvent::Type type;
+    int count = 0;
+};
 
 class UpdaterDialogTest : public ::testing::Test {
 protected:
@@ -73,25 +89,40 @@ TEST_F(UpdaterDialogTest, FollowsTheStagesAndLaunchesOnceFinished) {
     EXPECT_EQ(dialog.StatusText(), L"<T0>");
     EXPECT_TRUE(dialog.LaunchButton()->isHidden());
     EXPECT_TRUE(dialog.ProgressBar()->isVisible());
+    EXPECT_EQ(dialog.focusWidget(), dialog.CancelButton()) << "the first control taking focus";
     // The template's layout in pixels: the bar lies between the label and the buttons.
     EXPECT_GT(dialog.ProgressBar()->y(), dialog.StatusLabel()->y());
     EXPECT_GT(dialog.CancelButton()->y(), dialog.ProgressBar()->geometry().bottom());
+    // One line of status text, in the font it is drawn with, fits the label.
+    const CLabel& label = *dialog.StatusLabel();
+    EXPECT_LE(QFontMetrics(*label.GetFont()->GetHandle(), &label).height(),
+              label.contentsRect().height());
 
     SetState(Engine::Connecting);
     EXPECT_TRUE(WaitFor([&] { return dialog.StatusText() == L"T1"; }));
 
-    // Unknown size: an empty bar.
+    // Unknown size: the range 0 to 0, drawn as an empty bar that stays still.
     engine->GetWorker().OnStart(0);
     EXPECT_TRUE(WaitFor([&] { return dialog.StatusText() == L"T2"; }));
     engine->GetWorker().OnWritten(500);
     dialog.OnUpdateProgress();
-    EXPECT_EQ(dialog.ProgressBar()->value(), 0);
-    EXPECT_EQ(dialog.ProgressBar()->minimum(), 0);
+    QProgressBar& bar = *dialog.ProgressBar();
+    EXPECT_EQ(std::make_tuple(bar.minimum(), bar.maximum(), bar.value()), std::make_tuple(0, 0, 0));
+    const QImage unknown = bar.grab().toImage();
+    WaitFor([] { return false; }, 300);
+    EXPECT_EQ(bar.grab().toImage(), unknown);
+    bar.setRange(0, 1);
+    EXPECT_EQ(bar.grab().toImage(), unknown) << "the look of an empty bar";
 
+    // A flood of progress events (one per block) leaves one call in the queue, which shows
+    // the latest count.
     engine->GetWorker().OnStart(2000);
-    engine->GetWorker().OnWritten(1500);
-    EXPECT_TRUE(WaitFor([&] { return dialog.ProgressBar()->value() == 1500; }));
-    EXPECT_EQ(dialog.ProgressBar()->maximum(), 2000);
+    QApplication::processEvents();
+    EventCounter metaCalls(&dialog, QEvent::MetaCall);
+    for (uint32_t written = 1; written <= 1500; ++written) engine->GetWorker().OnWritten(written);
+    EXPECT_TRUE(WaitFor([&] { return bar.value() == 1500; }));
+    EXPECT_EQ(bar.maximum(), 2000);
+    EXPECT_EQ(metaCalls.count, 1);
 
     SetState(Engine::Installing);
     EXPECT_TRUE(WaitFor([&] { return dialog.StatusText() == L"T3"; }));

@@ -15,6 +15,7 @@
 
 #include "platform/IconGroup.h"
 #include "system/ModuleResources.h"
+#include "ui/internal/ProgressBar.h"
 
 namespace UI::internal {
 namespace {
@@ -75,7 +76,7 @@ QWidget* MakeControl(const Platform::DialogItem& item, QWidget* parent,
     }
     if (windowClass == L"Static") return MakeStatic(item, parent, makeText);
     if (windowClass == L"msctls_progress32") {
-        auto* bar = new QProgressBar(parent);
+        auto* bar = new ProgressBar(parent);
         bar->setTextVisible(false);
         bar->setRange(0, 100);
         bar->setValue(0);
