@@ -30,6 +30,9 @@ namespace {
 constexpr const wchar_t* kLabelFace = L"Arial";
 constexpr uint8_t kLabelCharSet = 0;
 constexpr int kLabelPointSize = 11;
+// Draws of the bar are at least this far apart: a fast download sends an event per block,
+// far more than anyone can see.
+constexpr int kProgressIntervalMs = 20;
 // Time the finished dialog stays on screen before the demo presses "Launch" by itself.
 constexpr int kDemoLaunchDelayMs = 1000;
 
@@ -103,12 +106,16 @@ void CUpdaterDlg::OnProgress() {
     // pair up, so the handler sees at least the counts written before the call it takes.
     if (m_progressQueued.exchange(true, std::memory_order_acq_rel)) return;
     QMetaObject::invokeMethod(
-        this,
-        [this] {
-            m_progressQueued.exchange(false, std::memory_order_acq_rel);
-            OnUpdateProgress();
-        },
-        Qt::QueuedConnection);
+        this, [this] { DrawProgress(); }, Qt::QueuedConnection);
+}
+
+void CUpdaterDlg::DrawProgress() {
+    OnUpdateProgress();
+    // Events stay held off for one interval; then what arrived meanwhile is drawn once.
+    QTimer::singleShot(kProgressIntervalMs, this, [this] {
+        m_progressQueued.exchange(false, std::memory_order_acq_rel);
+        OnUpdateProgress();
+    });
 }
 
 void CUpdaterDlg::showEvent(QShowEvent* event) {

@@ -7,7 +7,8 @@
 // on the worker thread and only queue a call to the dialog's thread, whose handlers read
 // the engine's current values. Several queued calls may therefore show the same state.
 // Progress arrives once per received block; at most one progress call waits in the queue
-// at a time, so a fast download cannot flood the user-interface thread.
+// at a time and the bar is drawn at most every 20 ms, so a fast download cannot flood the
+// user-interface thread.
 //
 // Keyboard: focus starts on the first control that takes it in tab order; Return presses
 // the focused push button, else the template's default button when it is shown.
@@ -79,6 +80,7 @@ private:
     void OnInitDialog();
     std::wstring Text(AppResources::StringID id) const;
     std::wstring ExpandedText(AppResources::StringID id) const;
+    void DrawProgress();
     void ReportFailure();
     void RunDemoAids();
 
@@ -88,7 +90,8 @@ private:
     QPushButton* launchButton = nullptr;
     QPushButton* cancelButton = nullptr;
     QPushButton* defaultButton = nullptr;  // the template's default push button, if any
-    // Set while a progress call is queued; the worker queues another only once it is taken.
+    // Set from queuing a progress call until one interval after it was drawn; the worker
+    // queues another only when it is clear.
     std::atomic<bool> m_progressQueued{false};
     bool initialized = false;
     bool m_cancelled = false;

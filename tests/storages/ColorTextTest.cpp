@@ -47,7 +47,12 @@ TEST(ColorText, LiteralAndSystemForms) {
 
 TEST(FontText, AlternativesAndBaseFonts) {
     CommonGuiLib::NonClientFonts system;
-    system.message = {-13, 700, true, false, true, 3, L"Base Sans"};
+    system.message = {.height = -13,
+                      .weight = 700,
+                      .italic = true,
+                      .strikeOut = true,
+                      .quality = 3,
+                      .faceName = L"Base Sans"};
     CommonGuiLib::LogFont font;
     ASSERT_TRUE(internal::ReadFontAlternative(L"  Arial,-12,1\r\n", &system, font));
     EXPECT_EQ(font.faceName, L"Arial");
