@@ -20,19 +20,18 @@
 // OnProgress, which any thread may call.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 
 #include <QDialog>
 
-#include <atomic>
-
 #include "engine/IUpdateEvents.h"
 #include "ui/UpdaterDialogHost.h"
 
 class QCloseEvent;
-class QMessageBox;
 class QKeyEvent;
+class QMessageBox;
 class QProgressBar;
 class QPushButton;
 class QShowEvent;
