@@ -187,6 +187,28 @@ TEST_F(UpdaterDialogTest, AFailingUpdateShowsOneBoxAndEndsTheDialog) {
     EXPECT_FALSE(engine->GetWorker().IsCancelled());  // the engine was not asked
 }
 
+// The worker's events come from its own thread; a dialog closed while they still arrive
+// must neither see them nor be reached after it is gone.
+TEST_F(UpdaterDialogTest, EventsFromTheWorkerThreadReachTheDialog) {
+    auto dialog = std::make_unique<CUpdaterDlg>(Context());
+    dialog->open();
+    ASSERT_TRUE(WaitFor([&] { return dialog->isVisible(); }));
+    std::atomic<bool> stop{false};
+    std::thread worker([&] {
+        SetState(Engine::Connecting);
+        engine->GetWorker().OnStart(4000);
+        for (uint32_t done = 0; done <= 4000; done += 100) engine->GetWorker().OnWritten(done);
+        SetState(Engine::Installing);
+        while (!stop.load()) engine->GetWorker().OnWritten(4000);
+    });
+    EXPECT_TRUE(WaitFor(
+        [&] { return dialog->StatusText() == L"T3" && dialog->ProgressBar()->value() == 4000; }));
+    dialog.reset();
+    QApplication::processEvents();
+    stop = true;
+    worker.join();
+}
+
 TEST_F(UpdaterDialogTest, CancelAsksTheEngineAndShowsNoBox) {
     CUpdaterDlg dialog(Context());
     dialog.open();
