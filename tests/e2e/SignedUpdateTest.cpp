@@ -65,11 +65,12 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
         std::filesystem::remove(signature);
         std::filesystem::copy_file(LUMETTA_DEMO_SETUP, setup,
                                    std::filesystem::copy_options::overwrite_existing);
-        if (c.signedBy == Signature::Huge)
+        if (c.signedBy == Signature::Huge) {
             TestHarness::WriteFile(signature, TestHarness::Pattern(1 << 20));
-        else if (c.signedBy != Signature::None)
+        } else if (c.signedBy != Signature::None) {
             ASSERT_TRUE(TestSupport::MinisignSign(c.signedBy == Signature::Mine ? mine : other,
                                                   setup, signature));
+        }
         if (c.changedAfterSigning) {
             std::ofstream(setup, std::ios::app) << "appended";
         }
