@@ -50,9 +50,10 @@ struct Records {
     std::unordered_map<const QFont*, LogFont> byFont;
 };
 
+// Never destroyed: fonts held by static objects may be released at exit, after it.
 Records& FontRecords() {
-    static Records records;
-    return records;
+    static auto* records = new Records;
+    return *records;
 }
 
 int LineHeightAt(QFont font, int pixelSize) {

@@ -16,7 +16,9 @@ namespace TestSupport {
 inline void EnsureQApplication() {
     if (!Platform::GetEnvironment("QT_QPA_PLATFORM"))
         Platform::SetEnvironment("QT_QPA_PLATFORM", "offscreen");
-    static CommonGuiLib::GuiSession session;
+    // Never destroyed: a Qt application must not go down with the static objects at exit.
+    static const auto* session = new CommonGuiLib::GuiSession;
+    (void)session;
 }
 
 // Handles events until `condition` holds; false when it still does not after `timeoutMs`.
