@@ -26,6 +26,7 @@
 #include "app/UpdaterApp.h"
 #include "engine/UpdateEngine.h"
 #include "foundation/TextConversion.h"
+#include "graphics/SharedGDIObject.h"
 #include "resourcelib/ManagerImpl.h"
 #include "resourcelib/ResourceManagerHolder.h"
 #include "support/HiveFolder.h"
@@ -33,15 +34,8 @@
 #include "ui/Label.h"
 #include "ui/UiTestApplication.h"
 #include "ui/UpdaterDialog.h"
-#include "graphics/SharedGDIObject.h"
 
 using namespace AppResources;
-
-namespace {
-
-using TestSupport::WaitFor;
-
-}  // namespace
 
 // Readable failures: QStrings print as their text.
 QT_BEGIN_NAMESPACE
@@ -51,6 +45,8 @@ inline void PrintTo(const QString& text, std::ostream* out) {
 QT_END_NAMESPACE
 
 namespace {
+
+using TestSupport::WaitFor;
 
 constexpr const wchar_t* kLongProductName = L"Lumetta Player Professional Edition";
 
