@@ -25,10 +25,6 @@ std::string Fixture(const std::string& name) {
     return std::string(LUMETTA_RES_FIXTURES) + "/" + name;
 }
 
-std::vector<uint8_t> ReadFile(const std::string& path) {
-    return TestSupport::ReadBytes(path);
-}
-
 uint32_t U32(const std::vector<uint8_t>& b, std::size_t at) {
     return b[at] | (b[at + 1] << 8) | (b[at + 2] << 16) | (uint32_t(b[at + 3]) << 24);
 }
@@ -85,7 +81,7 @@ const char* const kFiles[] = {"fixture_Versioned.res", "Versioned_x86.dll",
 TEST(ResourceCorruption, EveryTruncationIsRefusedOrReadWithinBounds) {
     for (const char* file : kFiles) {
         SCOPED_TRACE(file);
-        const std::vector<uint8_t> bytes = ReadFile(Fixture(file));
+        const std::vector<uint8_t> bytes = TestSupport::ReadBytes(Fixture(file));
         ASSERT_FALSE(bytes.empty());
         const std::size_t step = bytes.size() > 8192 ? 61 : 1;
         for (std::size_t length = 0; length < bytes.size(); length += step) {
@@ -105,7 +101,7 @@ TEST(ResourceCorruption, RandomDamageNeverReadsOutOfBounds) {
     std::mt19937 random(20240611);
     for (const char* file : kFiles) {
         SCOPED_TRACE(file);
-        const std::vector<uint8_t> original = ReadFile(Fixture(file));
+        const std::vector<uint8_t> original = TestSupport::ReadBytes(Fixture(file));
         int loaded = 0;
         for (int round = 0; round < 1500; ++round) {
             std::vector<uint8_t> bytes = original;
@@ -145,7 +141,7 @@ std::size_t ResourceSectionOffset(const std::vector<uint8_t>& pe) {
 TEST(ResourceCorruption, HostilePeDirectoriesAreRefused) {
     for (const char* file : {"Versioned_x86.dll", "Versioned_x64.dll"}) {
         SCOPED_TRACE(file);
-        const std::vector<uint8_t> original = ReadFile(Fixture(file));
+        const std::vector<uint8_t> original = TestSupport::ReadBytes(Fixture(file));
         const std::size_t rsrc = ResourceSectionOffset(original);
         ASSERT_NE(rsrc, 0u);
         const uint32_t pe = U32(original, 0x3C);
@@ -179,8 +175,8 @@ TEST(ResourceCorruption, HostilePeDirectoriesAreRefused) {
 }
 
 TEST(ResourceCorruption, HostileResAndElfHeadersAreRefused) {
-    const std::vector<uint8_t> res = ReadFile(Fixture("fixture_Versioned.res"));
-    const std::vector<uint8_t> elf = ReadFile(Fixture("libVersioned_elf.so"));
+    const std::vector<uint8_t> res = TestSupport::ReadBytes(Fixture("fixture_Versioned.res"));
+    const std::vector<uint8_t> elf = TestSupport::ReadBytes(Fixture("libVersioned_elf.so"));
     ASSERT_EQ(elf[4], 2);  // 64-bit
     const uint8_t unterminated[] = {0, 0, 0, 0, 16, 0, 0, 0, 'A', 0, 'B', 0, 'C', 0, 'D', 0};
     struct Damage {

@@ -21,10 +21,6 @@ std::string Fixture(const std::string& name) {
     return std::string(LUMETTA_RES_FIXTURES) + "/" + name;
 }
 
-std::vector<uint8_t> ReadFile(const std::string& path) {
-    return TestSupport::ReadBytes(path);
-}
-
 struct Container {
     const char* file;
     ResourceImage::Format format;
@@ -69,7 +65,7 @@ TEST(ResourceImage, EveryContainerGivesTheResourcesOfTheCompiledScript) {
 
         // The same from memory.
         ResourceImage fromBytes;
-        const std::vector<uint8_t> bytes = ReadFile(Fixture(container.file));
+        const std::vector<uint8_t> bytes = TestSupport::ReadBytes(Fixture(container.file));
         ASSERT_EQ(fromBytes.LoadBytes(bytes), 0u);
         EXPECT_EQ(Summarise(fromBytes), expected);
 
@@ -129,14 +125,14 @@ TEST(ResourceImage, FilesThatCarryNoResourcesAreRefusedWithTheirReason) {
     EXPECT_EQ(image.LoadFile("/bin/sh"), Platform::ResourceErrors::NoResourceSection);
 
     // A PE file whose resource directory entry is cleared.
-    std::vector<uint8_t> pe = ReadFile(Fixture("Versioned_x64.dll"));
+    std::vector<uint8_t> pe = TestSupport::ReadBytes(Fixture("Versioned_x64.dll"));
     const uint32_t peOffset = pe[0x3C] | (pe[0x3D] << 8);
     std::fill_n(pe.begin() + peOffset + 24 + 112 + 16, 8, 0);
     EXPECT_EQ(image.LoadBytes(pe), Platform::ResourceErrors::NoResourceSection);
 
     // Empty input, and a .res image with nothing but the compiler's empty entry.
     EXPECT_EQ(image.LoadBytes({}), Platform::ResourceErrors::BadFormat);
-    const std::vector<uint8_t> res = ReadFile(Fixture("fixture_Plain.res"));
+    const std::vector<uint8_t> res = TestSupport::ReadBytes(Fixture("fixture_Plain.res"));
     ASSERT_EQ(image.LoadBytes(std::span(res).first(32)), 0u);
     EXPECT_EQ(image.GetFormat(), ResourceImage::Format::Res);
     EXPECT_TRUE(image.Entries().empty());
