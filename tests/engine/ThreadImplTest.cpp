@@ -74,7 +74,6 @@ TEST(ThreadImpl, RunsOneThreadAtATimeAndKeepsItsExitCode) {
     looper.Stop();
     EXPECT_TRUE(looper.sawStop);
     EXPECT_FALSE(looper.IsRunning());
-    EXPECT_FALSE(looper.IsStopRequested());
     EXPECT_FALSE(looper.GetStopEvent().IsSet());
     looper.Stop();  // nothing to stop: returns at once
 

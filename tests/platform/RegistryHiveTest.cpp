@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include "platform/Environment.h"
 #include "platform/RegistryKeys.h"
@@ -139,11 +140,14 @@ TEST_F(HiveFolder, KeyHandlesBehaveLikeTheRegistryFunctions) {
     EXPECT_EQ(Platform::RegQueryValueEx(product, L"Missing", &type, buffer, &size), 2u);
     EXPECT_EQ(Platform::RegQueryValueEx(product, L"InstallPath", &type, buffer, nullptr), 87u);
 
+    // Missing, a bad path, and KEY_WRITE (the hive files are read-only).
     HKEY none = nullptr;
-    EXPECT_EQ(Platform::RegOpenKeyEx(hklm, L"Software\\Missing", 0x20019, &none), 2u);
-    EXPECT_EQ(Platform::RegOpenKeyEx(hklm, L"\\Software", 0x20019, &none), 161u);
-    EXPECT_EQ(Platform::RegOpenKeyEx(hklm, L"Software", 0x20006, &none), 5u);  // KEY_WRITE
-    EXPECT_EQ(none, nullptr);
+    for (const auto& [path, access, error] : {std::tuple{L"Software\\Missing", 0x20019u, 2u},
+                                              {L"\\Software", 0x20019u, 161u},
+                                              {L"Software", 0x20006u, 5u}}) {
+        EXPECT_EQ(Platform::RegOpenKeyEx(hklm, path, access, &none), error) << path;
+        EXPECT_EQ(none, nullptr);
+    }
     uint32_t disposition = 0;
     EXPECT_EQ(Platform::RegCreateKeyEx(hklm, L"Software\\New", 0x20019, &none, &disposition), 5u);
     HKEY again = nullptr;

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/DialogTemplate.h"
@@ -21,10 +23,6 @@ namespace Errors = Platform::ResourceErrors;
 
 std::string Fixture(const std::string& name) {
     return std::string(LUMETTA_RES_FIXTURES) + "/" + name;
-}
-
-std::vector<uint8_t> ReadFile(const std::string& path) {
-    return TestSupport::ReadBytes(path);
 }
 
 uint32_t U32(const std::vector<uint8_t>& b, std::size_t at) {
@@ -83,7 +81,7 @@ const char* const kFiles[] = {"fixture_Versioned.res", "Versioned_x86.dll",
 TEST(ResourceCorruption, EveryTruncationIsRefusedOrReadWithinBounds) {
     for (const char* file : kFiles) {
         SCOPED_TRACE(file);
-        const std::vector<uint8_t> bytes = ReadFile(Fixture(file));
+        const std::vector<uint8_t> bytes = TestSupport::ReadBytes(Fixture(file));
         ASSERT_FALSE(bytes.empty());
         const std::size_t step = bytes.size() > 8192 ? 61 : 1;
         for (std::size_t length = 0; length < bytes.size(); length += step) {
@@ -103,7 +101,7 @@ TEST(ResourceCorruption, RandomDamageNeverReadsOutOfBounds) {
     std::mt19937 random(20240611);
     for (const char* file : kFiles) {
         SCOPED_TRACE(file);
-        const std::vector<uint8_t> original = ReadFile(Fixture(file));
+        const std::vector<uint8_t> original = TestSupport::ReadBytes(Fixture(file));
         int loaded = 0;
         for (int round = 0; round < 1500; ++round) {
             std::vector<uint8_t> bytes = original;
@@ -143,83 +141,69 @@ std::size_t ResourceSectionOffset(const std::vector<uint8_t>& pe) {
 TEST(ResourceCorruption, HostilePeDirectoriesAreRefused) {
     for (const char* file : {"Versioned_x86.dll", "Versioned_x64.dll"}) {
         SCOPED_TRACE(file);
-        const std::vector<uint8_t> original = ReadFile(Fixture(file));
+        const std::vector<uint8_t> original = TestSupport::ReadBytes(Fixture(file));
         const std::size_t rsrc = ResourceSectionOffset(original);
         ASSERT_NE(rsrc, 0u);
-        ResourceImage image;
-
-        // A subdirectory that is the root again: a loop.
-        std::vector<uint8_t> bytes = original;
-        PutU32(bytes, rsrc + 16 + 4, 0x80000000u);
-        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-
-        // Two types sharing one name directory.
-        bytes = original;
-        PutU32(bytes, rsrc + 24 + 4, U32(bytes, rsrc + 16 + 4));
-        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-
+        const uint32_t pe = U32(original, 0x3C);
         // Follow type 0, name 0, language 0 to its data entry.
         const uint32_t names = U32(original, rsrc + 16 + 4) & 0x7FFFFFFF;
         const uint32_t languages = U32(original, rsrc + names + 16 + 4) & 0x7FFFFFFF;
         const uint32_t dataEntry = U32(original, rsrc + languages + 16 + 4);
         ASSERT_EQ(dataEntry & 0x80000000u, 0u);
 
-        bytes = original;  // data beyond every section
-        PutU32(bytes, rsrc + dataEntry, 0x7FFFFFF0u);
-        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-        bytes = original;  // a size that runs past the end
-        PutU32(bytes, rsrc + dataEntry + 4, 0xFFFFFFF0u);
-        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-        bytes = original;  // a data entry where a directory belongs
-        PutU32(bytes, rsrc + 16 + 4, dataEntry);
-        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-        bytes = original;  // more entries than the section holds
-        bytes[rsrc + 14] = 0xFF;
-        bytes[rsrc + 15] = 0xFF;
-        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-        bytes = original;  // a section table past the end of the file
-        bytes[U32(original, 0x3C) + 6] = 0xFF;
-        bytes[U32(original, 0x3C) + 7] = 0xFF;
-        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-        bytes = original;  // a PE header offset past the end
-        PutU32(bytes, 0x3C, 0xFFFFFFF0u);
-        EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
+        const std::pair<const char*, std::function<void(std::vector<uint8_t>&)>> damages[] = {
+            {"a subdirectory that is the root again",
+             [&](auto& b) { PutU32(b, rsrc + 16 + 4, 0x80000000u); }},
+            {"two types sharing one name directory",
+             [&](auto& b) { PutU32(b, rsrc + 24 + 4, U32(b, rsrc + 16 + 4)); }},
+            {"data beyond every section",
+             [&](auto& b) { PutU32(b, rsrc + dataEntry, 0x7FFFFFF0u); }},
+            {"a size past the end", [&](auto& b) { PutU32(b, rsrc + dataEntry + 4, 0xFFFFFFF0u); }},
+            {"a data entry where a directory belongs",
+             [&](auto& b) { PutU32(b, rsrc + 16 + 4, dataEntry); }},
+            {"more entries than the section holds",
+             [&](auto& b) { b[rsrc + 14] = b[rsrc + 15] = 0xFF; }},
+            {"a section table past the end", [&](auto& b) { b[pe + 6] = b[pe + 7] = 0xFF; }},
+            {"a PE header offset past the end", [&](auto& b) { PutU32(b, 0x3C, 0xFFFFFFF0u); }}};
+        for (const auto& [what, damage] : damages) {
+            std::vector<uint8_t> bytes = original;
+            damage(bytes);
+            ResourceImage image;
+            EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData) << what;
+        }
     }
 }
 
 TEST(ResourceCorruption, HostileResAndElfHeadersAreRefused) {
-    const std::vector<uint8_t> res = ReadFile(Fixture("fixture_Versioned.res"));
-    ResourceImage image;
-    std::vector<uint8_t> bytes = res;
-    PutU32(bytes, 32, 0xFFFFFFF0u);  // data size of the first real entry
-    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-    bytes = res;
-    PutU32(bytes, 36, 0xFFFFFFF0u);  // its header size
-    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-    bytes = res;
-    PutU32(bytes, 36, 4);  // a header too small to hold itself
-    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-    // A name that is not terminated inside its header.
-    bytes = std::vector<uint8_t>(res.begin(), res.begin() + 32);
-    const uint8_t unterminated[] = {0, 0, 0, 0, 16, 0, 0, 0, 'A', 0, 'B', 0, 'C', 0, 'D', 0};
-    bytes.insert(bytes.end(), std::begin(unterminated), std::end(unterminated));
-    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-
-    const std::vector<uint8_t> elf = ReadFile(Fixture("libVersioned_elf.so"));
+    const std::vector<uint8_t> res = TestSupport::ReadBytes(Fixture("fixture_Versioned.res"));
+    const std::vector<uint8_t> elf = TestSupport::ReadBytes(Fixture("libVersioned_elf.so"));
     ASSERT_EQ(elf[4], 2);  // 64-bit
-    bytes = elf;
-    PutU32(bytes, 0x28, 0xFFFFFF00u);  // section table past the end
-    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-    bytes = elf;
-    bytes[0x3E] = 0xF0;  // names section index beyond the table
-    bytes[0x3F] = 0x00;
-    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-    bytes = elf;
-    bytes[0x3A] = 8;  // section header entries too small
-    EXPECT_EQ(image.LoadBytes(bytes), Errors::InvalidData);
-    bytes = elf;
-    bytes[4] = 7;  // unknown class
-    EXPECT_EQ(image.LoadBytes(bytes), Errors::BadFormat);
+    const uint8_t unterminated[] = {0, 0, 0, 0, 16, 0, 0, 0, 'A', 0, 'B', 0, 'C', 0, 'D', 0};
+    struct Damage {
+        const char* what;
+        const std::vector<uint8_t>& original;
+        std::function<void(std::vector<uint8_t>&)> apply;
+        uint32_t error = Errors::InvalidData;
+    };
+    const Damage damages[] = {
+        {"res: entry data size", res, [](auto& b) { PutU32(b, 32, 0xFFFFFFF0u); }},
+        {"res: entry header size", res, [](auto& b) { PutU32(b, 36, 0xFFFFFFF0u); }},
+        {"res: header too small to hold itself", res, [](auto& b) { PutU32(b, 36, 4); }},
+        {"res: name not terminated inside its header", res,
+         [&](auto& b) {
+             b.resize(32);
+             b.insert(b.end(), std::begin(unterminated), std::end(unterminated));
+         }},
+        {"elf: section table past the end", elf, [](auto& b) { PutU32(b, 0x28, 0xFFFFFF00u); }},
+        {"elf: names section beyond the table", elf, [](auto& b) { b[0x3E] = 0xF0, b[0x3F] = 0; }},
+        {"elf: section header entries too small", elf, [](auto& b) { b[0x3A] = 8; }},
+        {"elf: unknown class", elf, [](auto& b) { b[4] = 7; }, Errors::BadFormat}};
+    for (const Damage& damage : damages) {
+        std::vector<uint8_t> bytes = damage.original;
+        damage.apply(bytes);
+        ResourceImage image;
+        EXPECT_EQ(image.LoadBytes(bytes), damage.error) << damage.what;
+    }
 }
 
 }  // namespace

@@ -29,7 +29,6 @@ void Publish(const std::wstring& name, const std::string& value) {
 TEST(NamedValue, PublishesSharesAndRemoves) {
     const std::wstring variable = NamedValue::VariableName(L"test:Value");
     EXPECT_EQ(variable.rfind(std::to_wstring(::getpid()) + L"_", 0), 0u);
-    EXPECT_EQ(variable.substr(variable.size() - 11), L"_test_Value");
     EXPECT_EQ(variable.find_first_of(L"<>:\"/\\|?* "), std::wstring::npos);
 
     auto registry = std::make_unique<NamedValueRegistry>();

@@ -25,7 +25,6 @@ TEST_F(EnvironmentHelpers, ReadWriteAndRemove) {
     std::wstring value = L"stale";
     EXPECT_FALSE(System::GetEnvironmentValue(kName, value)) << "missing";
     EXPECT_EQ(value, L"");
-    EXPECT_EQ(System::GetEnvironmentString(kName), L"");
 
     ASSERT_TRUE(System::SetEnvironmentValue(kName, L"Grüße = ☃"));
     EXPECT_TRUE(System::GetEnvironmentValue(kName, value));
@@ -46,10 +45,7 @@ TEST_F(EnvironmentHelpers, ReadWriteAndRemove) {
 
 TEST_F(EnvironmentHelpers, ValuesOverTheLimitReadAsEmptyExceptTheDelayedLogData) {
     std::wstring value;
-    ASSERT_TRUE(System::SetEnvironmentValue(kName, std::wstring(1024, L'a')));
-    EXPECT_TRUE(System::GetEnvironmentValue(kName, value));
-    EXPECT_EQ(value.size(), 1024u);
-    // The limit counts characters, not UTF-8 bytes.
+    // The limit (1024) counts characters, not UTF-8 bytes.
     ASSERT_TRUE(System::SetEnvironmentValue(kName, std::wstring(1024, L'ä')));
     EXPECT_TRUE(System::GetEnvironmentValue(kName, value));
     EXPECT_EQ(value, std::wstring(1024, L'ä'));
@@ -58,7 +54,6 @@ TEST_F(EnvironmentHelpers, ValuesOverTheLimitReadAsEmptyExceptTheDelayedLogData)
     value = L"stale";
     EXPECT_FALSE(System::GetEnvironmentValue(kName, value));
     EXPECT_EQ(value, L"");
-    EXPECT_EQ(System::GetEnvironmentString(kName), L"");
 
     const std::wstring lines(200000, L'l');
     ASSERT_TRUE(System::SetEnvironmentValue(System::kDelayedLogDataVariable, lines));

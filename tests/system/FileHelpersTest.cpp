@@ -70,11 +70,9 @@ TEST_F(FileFolder, AbsolutePathsModuleAndTemporaryFolder) {
     EXPECT_EQ(System::GetModulePath(reinterpret_cast<const void*>(&System::GetLocation)), exe);
     // A function of a shared library (under a sanitizer, its interceptor) gives that library.
     const std::wstring library = System::GetModulePath(reinterpret_cast<const void*>(&::fopen));
-    EXPECT_NE(library, exe);
     EXPECT_NE(library.find(L".so"), std::wstring::npos) << library;
     EXPECT_TRUE(fs::is_regular_file(STLHelpers::WideToUtf8(library))) << library;
     EXPECT_EQ(System::GetModuleFolder(), System::GetLocation(exe));
-    EXPECT_TRUE(System::GetModuleFolder().ends_with(L"/"));
 
     const TestSupport::ScopedEnvironment savedTmp{"TMPDIR"};
     Platform::SetEnvironment("TMPDIR", folder_.string());

@@ -10,6 +10,7 @@ namespace {
 
 using Components = std::vector<std::wstring>;
 using Removed = std::pair<int, std::wstring>;  // (components removed, the path after)
+using Edit = std::pair<bool, std::wstring>;    // (result, the path after)
 
 // A file-style convention with a prefix, to reach the prefix kinds 3 and 4.
 struct PrefixedConvention : FileSystem::SimplePathConventionImpl<PrefixedConvention> {
@@ -36,10 +37,6 @@ std::pair<bool, Components> Split(const FileSystem::IPathConvention& conv,
     return {ok, parts};
 }
 
-std::pair<bool, std::wstring> Edited(bool ok, const std::wstring& path) {
-    return {ok, path};
-}
-
 }  // namespace
 
 TEST(RegPathConvention, AppendSplitCountAndRemove) {
@@ -50,11 +47,11 @@ TEST(RegPathConvention, AppendSplitCountAndRemove) {
 
     auto append = [&](std::wstring path, const wchar_t* name) {
         const bool ok = conv.Append(path, name);
-        return Edited(ok, path);
+        return Edit(ok, path);
     };
-    EXPECT_EQ(append(L"", L"Software"), Edited(true, L"Software"));
-    EXPECT_EQ(append(L"Software", L"X"), Edited(true, L"Software\\X"));
-    EXPECT_EQ(append(L"Software\\", L"Y"), Edited(true, L"Software\\Y"));
+    EXPECT_EQ(append(L"", L"Software"), Edit(true, L"Software"));
+    EXPECT_EQ(append(L"Software", L"X"), Edit(true, L"Software\\X"));
+    EXPECT_EQ(append(L"Software\\", L"Y"), Edit(true, L"Software\\Y"));
 
     EXPECT_EQ(Split(conv, L"Software\\ResourceLib\\"),
               std::make_pair(true, Components{L"Software", L"ResourceLib"}));
@@ -84,11 +81,11 @@ TEST(RegPathConvention, AppendSplitCountAndRemove) {
     // The registry convention alone leaves an empty path alone and says yes.
     auto trailing = [&](std::wstring path, int mode) {
         const bool ok = conv.SetTrailingSeparator(path, mode);
-        return Edited(ok, path);
+        return Edit(ok, path);
     };
-    EXPECT_EQ(trailing(L"", 3), Edited(true, L""));
-    EXPECT_EQ(trailing(L"A", 1), Edited(true, L"A\\"));
-    EXPECT_EQ(trailing(L"A\\", 2), Edited(true, L"A"));
+    EXPECT_EQ(trailing(L"", 3), Edit(true, L""));
+    EXPECT_EQ(trailing(L"A", 1), Edit(true, L"A\\"));
+    EXPECT_EQ(trailing(L"A\\", 2), Edit(true, L"A"));
 }
 
 TEST(PathConvention, GenericRulesWithPrefixAndWithoutRootMarker) {
