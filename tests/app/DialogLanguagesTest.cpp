@@ -114,7 +114,9 @@ void ExpectFits(const char* control, const QString& text, const QFont& font, QPa
     ASSERT_FALSE(text.isEmpty());
     const Drawn drawn = Draw(text, font, device, area.width(), wrap);
     EXPECT_EQ(drawn.missing, QString()) << "in " << QFontInfo(font).family().toStdString();
-    if (!wrap) EXPECT_EQ(drawn.lines, 1);
+    if (!wrap) {
+        EXPECT_EQ(drawn.lines, 1);
+    }
     EXPECT_LE(drawn.width, area.width());
     EXPECT_LE(drawn.height, area.height());
 }

@@ -81,9 +81,10 @@ TEST_F(SetupSignatureTest, OnlyTheSignedFileWithTheSigningKeyIsValid) {
         const Engine::SignatureVerdict verdict =
             Engine::VerifySignedFile(STLHelpers::Utf8ToWide(File(c.file)), c.key, c.signature);
         EXPECT_EQ(verdict.valid, c.reason == nullptr) << c.what << ": " << verdict.reason;
-        if (c.reason)
+        if (c.reason) {
             EXPECT_NE(verdict.reason.find(c.reason), std::string::npos)
                 << c.what << ": " << verdict.reason;
+        }
     }
     const auto verdict =
         Engine::VerifySignedFile(STLHelpers::Utf8ToWide(File("setup")), mine.publicKey, hashed);

@@ -40,7 +40,7 @@ TEST(Fonts, KeepTheDescriptionTheyWereMadeFrom) {
               std::tie(bold.height, bold.escapement, bold.orientation, bold.weight, bold.italic,
                        bold.underline, bold.strikeOut, bold.charSet, bold.quality, bold.faceName));
     // A cell height stays one; a font made elsewhere is described by its character height.
-    EXPECT_EQ(DescribeFont(CreateFontIndirect(LogFont{.height = 16})).height, 16);
+    EXPECT_EQ(DescribeFont(CreateFontIndirect(LogFont{.height = 16, .faceName = {}})).height, 16);
     QFont* points = new QFont(QStringLiteral("Arial"));
     points->setPixelSize(15);
     EXPECT_EQ(DescribeFont(WrapFont(points)).height, -15);
