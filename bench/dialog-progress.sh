@@ -39,7 +39,6 @@ if [ -z "${inside:-}" ]; then
   exec "$top/tests/e2e/harness/netns-run" "$0" --inside --size "$size" --runs "$runs" \
     --updater "$updater"
 fi
-nginx=$(command -v nginx || echo /usr/sbin/nginx)
 work=$(mktemp -d "${TMPDIR:-/tmp}/lumetta-bench-dialog-XXXXXX")
 nginx_pid=""
 updater_pid=""
@@ -54,39 +53,10 @@ cleanup() {
 }
 trap cleanup EXIT
 
-mkdir -p "$work/www" "$work/nginx" "$work/registry"
-truncate -s "$size" "$work/www/payload.bin"
-# Inside the namespace we are root mapped to the real user; nginx would hand its folders
-# to "nobody", who does not exist there.
-cat >"$work/nginx/nginx.conf" <<EOF
-daemon off;
-master_process off;
-worker_processes 1;
-user root root;
-pid $work/nginx/nginx.pid;
-error_log $work/nginx/error.log warn;
-events { worker_connections 64; }
-http {
-  access_log off;
-  default_type application/octet-stream;
-  sendfile on;
-  client_body_temp_path $work/nginx/body;
-  proxy_temp_path $work/nginx/proxy;
-  fastcgi_temp_path $work/nginx/fastcgi;
-  uwsgi_temp_path $work/nginx/uwsgi;
-  scgi_temp_path $work/nginx/scgi;
-  server { listen 127.0.0.1:80; root $work/www; }
-}
-EOF
-"$nginx" -e "$work/nginx/error.log" -p "$work/nginx" -c "$work/nginx/nginx.conf" \
-  >"$work/nginx/out.log" 2>&1 &
-nginx_pid=$!
-for _ in $(seq 200); do
-  curl -s -o /dev/null -r 0-0 http://127.0.0.1/payload.bin && break
-  sleep 0.05
-done
-curl -s -o /dev/null http://127.0.0.1/payload.bin ||
-  { echo "nginx did not come up:" >&2; cat "$work/nginx/"*.log >&2; exit 1; }
+mkdir -p "$work/registry"
+# shellcheck source=payload-server.sh
+. "$top/bench/payload-server.sh"
+start_payload_server "$work" "$size"
 
 calc() { awk "BEGIN { printf \"%.6f\", $1 }"; }
 ticks=$(getconf CLK_TCK)

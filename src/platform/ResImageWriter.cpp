@@ -1,24 +1,16 @@
 #include "platform/ResImageWriter.h"
 
+#include "platform/internal/ByteWriter.h"
+
 namespace Platform {
 namespace {
 
+using internal::PadTo4;
+using internal::PutU16;
+using internal::PutU32;
+
 // Resource compilers mark every entry movable, pure and discardable; readers ignore it.
 constexpr uint16_t kMemoryFlags = 0x1030;
-
-void PutU16(std::vector<uint8_t>& out, uint16_t value) {
-    out.push_back(static_cast<uint8_t>(value));
-    out.push_back(static_cast<uint8_t>(value >> 8));
-}
-
-void PutU32(std::vector<uint8_t>& out, uint32_t value) {
-    PutU16(out, static_cast<uint16_t>(value));
-    PutU16(out, static_cast<uint16_t>(value >> 16));
-}
-
-void PadTo4(std::vector<uint8_t>& out) {
-    while (out.size() % 4 != 0) out.push_back(0);
-}
 
 void PutName(std::vector<uint8_t>& out, const ResourceName& name) {
     if (name.IsNumber()) {

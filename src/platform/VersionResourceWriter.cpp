@@ -3,8 +3,14 @@
 #include <algorithm>
 #include <charconv>
 
+#include "platform/internal/ByteWriter.h"
+
 namespace Platform {
 namespace {
+
+using internal::PadTo4;
+using internal::PutU16;
+using internal::PutU32;
 
 constexpr uint32_t kFixedSignature = 0xFEEF04BD;
 constexpr uint32_t kFixedStructVersion = 0x00010000;
@@ -20,20 +26,6 @@ struct Block {
     uint16_t valueLength = 0;
     std::vector<Block> children;
 };
-
-void PutU16(std::vector<uint8_t>& out, uint16_t value) {
-    out.push_back(static_cast<uint8_t>(value));
-    out.push_back(static_cast<uint8_t>(value >> 8));
-}
-
-void PutU32(std::vector<uint8_t>& out, uint32_t value) {
-    PutU16(out, static_cast<uint16_t>(value));
-    PutU16(out, static_cast<uint16_t>(value >> 16));
-}
-
-void PadTo4(std::vector<uint8_t>& out) {
-    while (out.size() % 4 != 0) out.push_back(0);
-}
 
 Block TextBlock(std::u16string key, const std::u16string& text) {
     Block block{std::move(key), true, {}, 0, {}};
