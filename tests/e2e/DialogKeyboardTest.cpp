@@ -53,9 +53,9 @@ std::string UpdaterWithoutCaption(const TempFolder& folder) {
 }
 
 TEST(DialogKeyboard, ReturnOnTheFinishedDialogClosesItInEveryRun) {
-    TempFolder www, programs, xvfbFolder;
-    fs::copy_file(LUMETTA_DEMO_SETUP, www.File("setup.exe"));
-    TestHarness::HttpServers servers(www.Path());
+    TempFolder programs, xvfbFolder;
+    const TestHarness::DemoUpdate served("E2E Keys");
+    TestHarness::HttpServers servers(served.www.Path());
     ASSERT_TRUE(servers.Ready()) << servers.Problem();
     const std::string updater = UpdaterWithoutCaption(programs);
 
@@ -74,21 +74,11 @@ TEST(DialogKeyboard, ReturnOnTheFinishedDialogClosesItInEveryRun) {
 
     for (int run = 0; run < 3; ++run) {
         SCOPED_TRACE("run " + std::to_string(run));
-        TempFolder temp, registry, work;
-        const std::string product = "E2E Keys " + std::to_string(::getpid());
-        const std::string exe = "E2EKeys" + std::to_string(::getpid());
+        const TestHarness::DemoUpdate d("E2E Keys");
+        const TempFolder& work = d.work;
         ChildProcess dialog;
-        ASSERT_TRUE(dialog.Start(
-            {updater, "/productName", product, "/productExecutable", exe, "/downloadURL",
-             "127.0.0.1/setup.exe"},
-            {"DISPLAY=" + display, "QT_QPA_PLATFORM=xcb", "LANGUAGE=en_US",
-             "LUMETTA_SCREENSHOT=" + work.File("dialog.png"), "XDG_RUNTIME_DIR=" + work.Path(),
-             "TMPDIR=" + temp.Path(), "LUMETTA_REGISTRY_DIR=" + registry.Path(),
-             "DEMO_SETUP_PAYLOAD=" + std::string(LUMETTA_DEMO_PRODUCT),
-             "DEMO_SETUP_TARGET=" + work.File("install"), "DEMO_SETUP_EXE=" + exe,
-             "DEMO_SETUP_PRODUCT=" + product, "DEMO_PRODUCT_NAME=" + product,
-             "DEMO_PRODUCT_MARKER=" + work.File("launched")},
-            work.File("updater.out")));
+        ASSERT_TRUE(d.Start(dialog, updater, {},
+                            {"DISPLAY=" + display, "QT_QPA_PLATFORM=xcb", "LANGUAGE=en_US"}));
         // The picture is taken once the update has finished.
         ASSERT_TRUE(WaitUntil([&] { return Exists(work.File("dialog.png")); }, 60000))
             << ReadFile(work.File("updater.out"));

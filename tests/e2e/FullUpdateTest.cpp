@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -16,62 +15,20 @@ using TestHarness::ReadFile;
 using TestHarness::TempFolder;
 using TestHarness::WaitForText;
 
-// The demo setup served by nginx installs the demo product into `install` and records the
-// folder in the test registry; the old product runs from `old` under the same file name.
 class FullUpdate : public testing::Test {
 protected:
-    void SetUp() override {
-        product = "E2E Product " + std::to_string(::getpid());
-        exe = "E2EProd" + std::to_string(::getpid());
-        std::filesystem::copy_file(LUMETTA_DEMO_SETUP, www.File("setup.exe"));
-        std::filesystem::create_directory(old.File("bin"));
-        std::filesystem::copy_file(LUMETTA_DEMO_PRODUCT, old.File("bin/" + exe));
-        servers = std::make_unique<TestHarness::HttpServers>(www.Path());
-        ASSERT_TRUE(servers->Ready()) << servers->Problem();
-    }
+    void SetUp() override { ASSERT_TRUE(servers.Ready()) << servers.Problem(); }
+    std::string Output() const { return ReadFile(d.work.File("diag.out")); }
 
-    std::vector<std::string> Environment(const std::string& mode = "install") {
-        return {"TMPDIR=" + temp.Path(),
-                "LUMETTA_REGISTRY_DIR=" + registry.Path(),
-                "DEMO_SETUP_LOG=" + work.File("setup-args"),
-                "DEMO_SETUP_PAYLOAD=" + std::string(LUMETTA_DEMO_PRODUCT),
-                "DEMO_SETUP_TARGET=" + work.File("install"),
-                "DEMO_SETUP_EXE=" + exe,
-                "DEMO_SETUP_PRODUCT=" + product,
-                "DEMO_SETUP_MODE=" + mode,
-                "DEMO_PRODUCT_NAME=" + product,
-                "DEMO_PRODUCT_MARKER=" + work.File("launched")};
-    }
-
-    int Update(const std::vector<std::string>& extra, const std::vector<std::string>& env,
-               const std::string& url = "127.0.0.1/setup.exe") {
-        std::vector<std::string> argv{LUMETTA_DIAG, "update"};
-        argv.insert(argv.end(), extra.begin(), extra.end());
-        for (const char* option : {"/productName", "/productExecutable", "/downloadURL"}) {
-            argv.push_back(option);
-            argv.push_back(option == std::string("/productName")         ? product
-                           : option == std::string("/productExecutable") ? exe
-                                                                         : url);
-        }
-        ChildProcess diag;
-        if (!diag.Start(argv, env, work.File("diag.out"))) return -1;
-        int status = -1;
-        return diag.Wait(120000, &status) ? status : -1;
-    }
-
-    TempFolder www, old, temp, registry, work;
-    std::unique_ptr<TestHarness::HttpServers> servers;
-    std::string product, exe;
+    const TestHarness::DemoUpdate d{"E2E Product"};
+    TestHarness::HttpServers servers{d.www.Path()};
 };
 
 TEST_F(FullUpdate, ClosesTheProductInstallsTheNewOneAndLaunchesIt) {
     ChildProcess running;
-    ASSERT_TRUE(
-        running.Start({old.File("bin/" + exe), "--name", product, "--marker", work.File("old")}));
-    ASSERT_TRUE(WaitForText(work.File("old"), "started"));
-
-    ASSERT_EQ(Update({"--launch"}, Environment()), 0) << ReadFile(work.File("diag.out"));
-    const std::string output = ReadFile(work.File("diag.out"));
+    ASSERT_TRUE(d.StartOld(running));
+    ASSERT_EQ(d.Diag(LUMETTA_DIAG, {"--launch"}), 0) << Output();
+    const std::string output = Output();
     EXPECT_NE(output.find("state 1 Connecting\nstate 2 Downloading\n"), std::string::npos)
         << output;
     EXPECT_NE(output.find("state 3 Installing\nstate 4 Finished\nresult installed\n"),
@@ -81,35 +38,28 @@ TEST_F(FullUpdate, ClosesTheProductInstallsTheNewOneAndLaunchesIt) {
     int status = -1;
     ASSERT_TRUE(running.Wait(10000, &status)) << "the old product was closed\n" << output;
     EXPECT_EQ(status, 0) << "by its exit event";
-    EXPECT_EQ(Lines(ReadFile(work.File("setup-args"))),
+    EXPECT_EQ(Lines(ReadFile(d.work.File("setup-args"))),
               (std::vector<std::string>{"/verysilent", "/norestart", "/S", "/SUPPRESSMSGBOXES",
                                         "/COMPONENTS=!suite"}));
-    EXPECT_FALSE(Exists(temp.File("Update1.exe"))) << "the setup file is deleted";
-    EXPECT_EQ(ReadFile(work.File("install/" + exe)), ReadFile(LUMETTA_DEMO_PRODUCT));
-    // Launched from the recorded install path.
-    ASSERT_TRUE(WaitForText(work.File("launched"), "started"));
-    ChildProcess closer;
-    ASSERT_TRUE(closer.Start({LUMETTA_DIAG, "update", "/productName", product, "/productExecutable",
-                              exe, "/downloadURL", "127.0.0.2/missing", "/isSilent", "0"},
-                             Environment("fail"), work.File("closer.out")));
-    // The second run closes the launched product first (and then installs a 404 page,
-    // which cannot run: the update fails).
-    EXPECT_TRUE(closer.Wait(60000, &status));
-    EXPECT_TRUE(WaitForText(work.File("launched"), "exit event"));
+    EXPECT_FALSE(Exists(d.temp.File("Update1.exe"))) << "the setup file is deleted";
+    EXPECT_EQ(ReadFile(d.work.File("install/" + d.exe)), ReadFile(LUMETTA_DEMO_PRODUCT));
+    // Launched from the recorded install path; a second run closes it first (and then fails
+    // on a 404 page).
+    ASSERT_TRUE(WaitForText(d.work.File("launched"), "started"));
+    EXPECT_EQ(d.Diag(LUMETTA_DIAG, {"/isSilent", "0"}, {}, "127.0.0.2/missing"), 1);
+    EXPECT_TRUE(WaitForText(d.work.File("launched"), "exit event"));
 }
 
 TEST_F(FullUpdate, ANonSilentRunStartsTheSetupWithoutArguments) {
-    ASSERT_EQ(Update({"/isSilent", "0"}, Environment("exit:7")), 0)
-        << ReadFile(work.File("diag.out"));
-    EXPECT_TRUE(Exists(work.File("setup-args")));
-    EXPECT_TRUE(Lines(ReadFile(work.File("setup-args"))).empty());
+    ASSERT_EQ(d.Diag(LUMETTA_DIAG, {"/isSilent", "0"}, {"DEMO_SETUP_MODE=exit:7"}), 0) << Output();
+    EXPECT_TRUE(Exists(d.work.File("setup-args")));
+    EXPECT_TRUE(Lines(ReadFile(d.work.File("setup-args"))).empty());
 }
 
-// Failed updates with the diagnostic log on: the log holds the failing step at level 4
-// ("ERR") under its writer's name and the reason, and the tool's last line gives the same
-// reason. What a failed update received stays in the setup file.
+// The log holds the failing step ("ERR") under its writer's name and the reason, and the
+// tool's last line gives the same reason. What a failed update received stays.
 TEST_F(FullUpdate, AFailedUpdateSaysWhyInTheLogAndInItsLastLine) {
-    const std::string setup = temp.File("Update1.exe");
+    const std::string setup = d.temp.File("Update1.exe");
     const std::string notWin32 = "(Code 193: " + setup + " is not a valid Win32 application.)";
     struct Case {
         const char* url;
@@ -144,13 +94,15 @@ TEST_F(FullUpdate, AFailedUpdateSaysWhyInTheLogAndInItsLastLine) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.url);
         std::filesystem::remove(setup);
-        const std::string logFile = work.File("update.log");
+        const std::string logFile = d.work.File("update.log");
         std::filesystem::remove(logFile);
-        std::vector<std::string> env = Environment(c.mode);
-        env.push_back("Debugging_Log_Path=" + logFile);
-        env.push_back("Debugging_Log_Level=2");
-        EXPECT_EQ(Update({"--setup-timeout-ms", "1000"}, env, c.url), 1);
-        const std::string output = ReadFile(work.File("diag.out"));
+        std::filesystem::remove(d.work.File("diag.out"));
+        EXPECT_EQ(d.Diag(LUMETTA_DIAG, {"--setup-timeout-ms", "1000"},
+                         {"DEMO_SETUP_MODE=" + std::string(c.mode), "Debugging_Log_Path=" + logFile,
+                          "Debugging_Log_Level=2"},
+                         c.url),
+                  1);
+        const std::string output = Output();
         const std::vector<std::string> lines = Lines(output);
         ASSERT_FALSE(lines.empty());
         EXPECT_EQ(lines.back(), "reason: " + c.reason) << output;
@@ -177,14 +129,12 @@ TEST_F(FullUpdate, AFailedUpdateSaysWhyInTheLogAndInItsLastLine) {
 
 TEST_F(FullUpdate, AProductThatIgnoresItsExitEventIsEnded) {
     ChildProcess stubborn;
-    ASSERT_TRUE(stubborn.Start({old.File("bin/" + exe), "--name", product, "--marker",
-                                work.File("old"), "--ignore-exit-event"}));
-    ASSERT_TRUE(WaitForText(work.File("old"), "started"));
-    ASSERT_EQ(Update({}, Environment()), 0) << ReadFile(work.File("diag.out"));
+    ASSERT_TRUE(d.StartOld(stubborn, {"--ignore-exit-event"}));
+    ASSERT_EQ(d.Diag(LUMETTA_DIAG, {}), 0) << Output();
     int status = -1;
-    ASSERT_TRUE(stubborn.Wait(10000, &status)) << ReadFile(work.File("diag.out"));
+    ASSERT_TRUE(stubborn.Wait(10000, &status)) << Output();
     EXPECT_EQ(status, 128 + 9) << "killed after 2000 ms";
-    EXPECT_TRUE(WaitForText(work.File("old"), "exit event"));
+    EXPECT_TRUE(WaitForText(d.work.File("old"), "exit event"));
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ std::string FileVersion(const std::string& diag, const std::string& file) {
 }
 
 TEST(InstalledPackage, BuildsAProductAgainstItAndUpdatesThatProduct) {
-    TempFolder packages, root, example, www, old, temp, registry, work;
+    TempFolder packages, root, example, work;
 
     CommandOutput run = RunProgram(
         {LUMETTA_CPACK, "--config", LUMETTA_BUILD_DIR "/CPackConfig.cmake", "-B", packages.Path()});
@@ -87,44 +87,37 @@ TEST(InstalledPackage, BuildsAProductAgainstItAndUpdatesThatProduct) {
     fs::copy_file(built, next);
     ASSERT_EQ(RunProgram({diag, "stamp", next, "--version", "2.4.0.0"}).exitCode, 0);
 
-    const std::string product = "Packaged Product " + std::to_string(::getpid());
-    const std::string exe = "packaged-" + std::to_string(::getpid());
-    fs::copy_file(LUMETTA_DEMO_SETUP, www.File("setup.exe"));
-    fs::copy_file(built, old.File(exe));
-    TestHarness::HttpServers servers(www.Path());
+    TestHarness::DemoUpdate d("Packaged Product");
+    d.payload = next;
+    fs::copy_file(built, d.old.File(d.exe));
+    TestHarness::HttpServers servers(d.www.Path());
     ASSERT_TRUE(servers.Ready()) << servers.Problem();
     ChildProcess running;
-    ASSERT_TRUE(running.Start({old.File(exe), product}, {"XDG_RUNTIME_DIR=" + work.Path()},
-                              work.File("old.out")));
+    ASSERT_TRUE(
+        running.Start({d.old.File(d.exe), d.product}, d.Environment(), work.File("old.out")));
     ASSERT_TRUE(WaitForText(work.File("old.out"), "waits for its exit event"));
 
     // The demo aids are offered and must be ignored: no picture, no "Launch" by itself.
     ChildProcess updater;
-    ASSERT_TRUE(updater.Start(
-        {usr + "/bin/lumetta-updater", "/productName", product, "/productExecutable", exe,
-         "/downloadURL", "127.0.0.1/setup.exe"},
-        {"QT_QPA_PLATFORM=offscreen", "LUMETTA_DEMO_AUTOLAUNCH=1",
-         "LUMETTA_SCREENSHOT=" + work.File("dialog.png"), "XDG_RUNTIME_DIR=" + work.Path(),
-         "TMPDIR=" + temp.Path(), "LUMETTA_REGISTRY_DIR=" + registry.Path(),
-         "DEMO_SETUP_PAYLOAD=" + next, "DEMO_SETUP_TARGET=" + work.File("install"),
-         "DEMO_SETUP_EXE=" + exe, "DEMO_SETUP_PRODUCT=" + product},
-        work.File("updater.out")));
+    ASSERT_TRUE(d.Start(updater, usr + "/bin/lumetta-updater", {},
+                        {"QT_QPA_PLATFORM=offscreen", "LUMETTA_DEMO_AUTOLAUNCH=1"}));
+    const std::string updaterOut = d.work.File("updater.out");
     int status = -1;
-    ASSERT_TRUE(running.Wait(30000, &status)) << ReadFile(work.File("updater.out"));
+    ASSERT_TRUE(running.Wait(30000, &status)) << ReadFile(updaterOut);
     EXPECT_EQ(status, 0) << "the old product exits by its exit event";
     EXPECT_NE(ReadFile(work.File("old.out")).find("asked to exit"), std::string::npos);
 
     // Installed once the setup has ended and its file is deleted.
-    const std::string installed = work.File("install/" + exe);
+    const std::string installed = d.work.File("install/" + d.exe);
     bool done = false;
     for (int i = 0; i < 600 && !done; ++i) {
-        done = FileVersion(diag, installed) == "2.4.0.0" && !Exists(temp.File("Update1.exe"));
+        done = FileVersion(diag, installed) == "2.4.0.0" && !Exists(d.temp.File("Update1.exe"));
         if (!done) std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
-    EXPECT_TRUE(done) << ReadFile(work.File("updater.out"));
+    EXPECT_TRUE(done) << ReadFile(updaterOut);
     std::this_thread::sleep_for(std::chrono::seconds(2));
     EXPECT_TRUE(updater.IsRunning()) << "the finished dialog waits for the user";
-    EXPECT_FALSE(Exists(work.File("dialog.png")));
+    EXPECT_FALSE(Exists(d.work.File("dialog.png")));
     updater.Stop();
 }
 

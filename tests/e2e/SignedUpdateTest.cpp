@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -11,7 +9,6 @@
 
 namespace {
 
-using TestHarness::ChildProcess;
 using TestHarness::Exists;
 using TestHarness::ReadFile;
 using TestHarness::TempFolder;
@@ -19,8 +16,7 @@ using TestHarness::TempFolder;
 enum class Signature { Mine, Other, None, Huge };
 enum class KeyAt { Nowhere, CommandLine, Registry, CommandLineAndRegistry };
 
-// Whole updates of the demo setup through lumetta-diag, with the setup's signature made by
-// minisign beside it on the server.
+// The setup's signature is made by minisign and served beside it.
 TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
     TempFolder keys, www;
     const auto mine = TestSupport::MakeMinisignKey(keys.Path(), "mine");
@@ -29,8 +25,6 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
     TestHarness::HttpServers servers(www.Path());
     ASSERT_TRUE(servers.Ready()) << servers.Problem();
 
-    const std::string product = "Signed Product " + std::to_string(::getpid());
-    const std::string exe = "SignedProd" + std::to_string(::getpid());
     const std::string setup = www.File("setup.exe");
     const std::string signature = setup + ".minisig";
 
@@ -61,7 +55,7 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        TempFolder temp, registry, work;
+        const TestHarness::DemoUpdate d("Signed Product");
         std::filesystem::remove(signature);
         std::filesystem::copy_file(LUMETTA_DEMO_SETUP, setup,
                                    std::filesystem::copy_options::overwrite_existing);
@@ -76,36 +70,24 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
         }
         if (c.keyAt == KeyAt::Registry || c.keyAt == KeyAt::CommandLineAndRegistry) {
             const std::string key = c.keyAt == KeyAt::Registry ? mine.publicKey : other.publicKey;
-            TestHarness::WriteFile(registry.File("HKEY_LOCAL_MACHINE.reg"),
+            TestHarness::WriteFile(d.registry.File("HKEY_LOCAL_MACHINE.reg"),
                                    "Windows Registry Editor Version 5.00\n\n"
                                    "[HKEY_LOCAL_MACHINE\\Software\\" +
-                                       product + "]\n\"UpdatePublicKey\"=\"" + key + "\"\n");
+                                       d.product + "]\n\"UpdatePublicKey\"=\"" + key + "\"\n");
         }
-        std::vector<std::string> argv{
-            LUMETTA_DIAG,         "update", "/productName", product,
-            "/productExecutable", exe,      "/downloadURL", "127.0.0.1/setup.exe"};
+        std::vector<std::string> args;
         if (c.keyAt == KeyAt::CommandLine || c.keyAt == KeyAt::CommandLineAndRegistry)
-            argv.insert(argv.end(), {"/publicKey", mine.publicKey});
+            args = {"/publicKey", mine.publicKey};
         const std::string requestsBefore = servers.FileRequests();
-
-        ChildProcess diag;
-        ASSERT_TRUE(diag.Start(argv,
-                               {"TMPDIR=" + temp.Path(), "LUMETTA_REGISTRY_DIR=" + registry.Path(),
-                                "Debugging_Log_Path=" + work.File("log.txt"),
-                                "DEMO_SETUP_LOG=" + work.File("setup-args"),
-                                "DEMO_SETUP_PAYLOAD=" + std::string(LUMETTA_DEMO_PRODUCT),
-                                "DEMO_SETUP_TARGET=" + work.File("install"),
-                                "DEMO_SETUP_EXE=" + exe, "DEMO_SETUP_PRODUCT=" + product},
-                               work.File("diag.out")));
-        int status = -1;
-        ASSERT_TRUE(diag.Wait(120000, &status));
-        const std::string output = ReadFile(work.File("diag.out"));
-        const std::string log = ReadFile(work.File("log.txt"));
+        const int status =
+            d.Diag(LUMETTA_DIAG, args, {"Debugging_Log_Path=" + d.work.File("log.txt")});
+        const std::string output = ReadFile(d.work.File("diag.out"));
+        const std::string log = ReadFile(d.work.File("log.txt"));
         const std::string requests = servers.FileRequests().substr(requestsBefore.size());
 
         EXPECT_EQ(status, c.installs ? 0 : 1) << output;
-        EXPECT_EQ(Exists(work.File("setup-args")), c.installs) << "the setup ran";
-        EXPECT_FALSE(Exists(temp.File("Update1.exe"))) << "no setup file is left";
+        EXPECT_EQ(Exists(d.work.File("setup-args")), c.installs) << "the setup ran";
+        EXPECT_FALSE(Exists(d.temp.File("Update1.exe"))) << "no setup file is left";
         EXPECT_EQ(requests.find(".minisig") != std::string::npos, c.keyAt != KeyAt::Nowhere)
             << requests;
         if (!c.logSays) {

@@ -12,6 +12,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <sstream>
 #include <thread>
 
@@ -190,6 +191,57 @@ bool WaitForText(const std::string& file, const std::string& text) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return false;
+}
+
+DemoUpdate::DemoUpdate(const std::string& name)
+    : product(name + " " + std::to_string(::getpid())), payload(LUMETTA_DEMO_PRODUCT) {
+    exe = name + std::to_string(::getpid());
+    std::erase(exe, ' ');
+    std::filesystem::copy_file(LUMETTA_DEMO_SETUP, www.File("setup.exe"));
+}
+
+bool DemoUpdate::StartOld(ChildProcess& process, const std::vector<std::string>& options) const {
+    const std::string program = old.File(exe);
+    if (!Exists(program)) std::filesystem::copy_file(LUMETTA_DEMO_PRODUCT, program);
+    std::vector<std::string> argv{program, "--marker", work.File("old")};
+    argv.insert(argv.end(), options.begin(), options.end());
+    return process.Start(argv, Environment()) && WaitForText(work.File("old"), "started");
+}
+
+std::vector<std::string> DemoUpdate::Environment(const std::vector<std::string>& extra) const {
+    std::vector<std::string> env{"TMPDIR=" + temp.Path(),
+                                 "LUMETTA_REGISTRY_DIR=" + registry.Path(),
+                                 "XDG_RUNTIME_DIR=" + work.Path(),
+                                 "LUMETTA_SCREENSHOT=" + work.File("dialog.png"),
+                                 "DEMO_SETUP_LOG=" + work.File("setup-args"),
+                                 "DEMO_SETUP_PAYLOAD=" + payload,
+                                 "DEMO_SETUP_TARGET=" + work.File("install"),
+                                 "DEMO_SETUP_EXE=" + exe,
+                                 "DEMO_SETUP_PRODUCT=" + product,
+                                 "DEMO_PRODUCT_NAME=" + product,
+                                 "DEMO_PRODUCT_MARKER=" + work.File("launched")};
+    env.insert(env.end(), extra.begin(), extra.end());
+    return env;
+}
+
+bool DemoUpdate::Start(ChildProcess& process, const std::string& program,
+                       const std::vector<std::string>& args, const std::vector<std::string>& env,
+                       const std::string& url, const std::string& outputName) const {
+    std::vector<std::string> argv{program};
+    argv.insert(argv.end(), args.begin(), args.end());
+    argv.insert(argv.end(),
+                {"/productName", product, "/productExecutable", exe, "/downloadURL", url});
+    return process.Start(argv, Environment(env), work.File(outputName));
+}
+
+int DemoUpdate::Diag(const std::string& diag, const std::vector<std::string>& args,
+                     const std::vector<std::string>& env, const std::string& url) const {
+    std::vector<std::string> withCommand{"update"};
+    withCommand.insert(withCommand.end(), args.begin(), args.end());
+    ChildProcess process;
+    int status = -1;
+    if (!Start(process, diag, withCommand, env, url, "diag.out")) return -1;
+    return process.Wait(120000, &status) ? status : -1;
 }
 
 }  // namespace TestHarness

@@ -85,4 +85,31 @@ std::vector<std::string> Lines(const std::string& text);
 // Waits (up to 30 s) until `file` contains `text`.
 bool WaitForText(const std::string& file, const std::string& text);
 
+// One whole update of the demo product by the demo setup in www/setup.exe (for the caller
+// to serve): the setup installs `payload` as work/install/<exe>, logs its arguments to
+// work/setup-args and records the product in the test registry; the product it installs
+// marks work/launched.
+struct DemoUpdate {
+    // The product is "<name> <pid>", its file "<name without blanks><pid>".
+    explicit DemoUpdate(const std::string& name);
+
+    std::vector<std::string> Environment(const std::vector<std::string>& extra = {}) const;
+    // The old demo product, running from old/<exe> and marking work/old.
+    bool StartOld(ChildProcess& process, const std::vector<std::string>& options = {}) const;
+    // Starts `program` with `args`, the product's options and the environment, output to
+    // work/<outputName>; an updater gets its runtime folder and the screenshot work/dialog.png.
+    bool Start(ChildProcess& process, const std::string& program,
+               const std::vector<std::string>& args, const std::vector<std::string>& env = {},
+               const std::string& url = "127.0.0.1/setup.exe",
+               const std::string& outputName = "updater.out") const;
+    // Runs `lumetta-diag update` to its end (120 s at most), output to work/diag.out: its exit
+    // status, or -1.
+    int Diag(const std::string& diag, const std::vector<std::string>& args,
+             const std::vector<std::string>& env = {},
+             const std::string& url = "127.0.0.1/setup.exe") const;
+
+    TempFolder www, old, temp, registry, work;
+    std::string product, exe, payload;
+};
+
 }  // namespace TestHarness
