@@ -12,7 +12,6 @@ using TestHarness::ChildProcess;
 using TestHarness::Exists;
 using TestHarness::Lines;
 using TestHarness::ReadFile;
-using TestHarness::TempFolder;
 using TestHarness::WaitForText;
 
 class FullUpdate : public testing::Test {

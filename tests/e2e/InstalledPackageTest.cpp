@@ -3,7 +3,6 @@
 // tool, and the installed updater runs a whole update of that product. The installed
 // updater has no demo aids, so the result is checked by the installed product's version.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>

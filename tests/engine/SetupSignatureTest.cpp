@@ -13,6 +13,7 @@
 
 namespace {
 
+using TestHarness::Lines;
 using TestHarness::ReadFile;
 using TestHarness::WriteFile;
 using TestSupport::MinisignKey;
@@ -44,10 +45,6 @@ protected:
 std::unique_ptr<TestHarness::TempFolder> SetupSignatureTest::folder;
 MinisignKey SetupSignatureTest::mine, SetupSignatureTest::other;
 bool SetupSignatureTest::signed_ = false;
-
-std::vector<std::string> Lines(const std::string& text) {
-    return TestHarness::Lines(text);
-}
 
 std::string Join(const std::vector<std::string>& lines, const std::string& end = "\n") {
     std::string text;

@@ -56,18 +56,20 @@ TEST(RegCommand, PrintsKeysAndValuesAndFailsClearly) {
     EXPECT_EQ(run.exitCode, 0) << run.out;
     EXPECT_EQ(run.out, logKey + "\n" + levelLine);
 
-    run = query("HKCU\\Software\\Utility\\Debugging\\LogImpl", "Nope");
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.out.find("has no value \"Nope\""), std::string::npos) << run.out;
-    run = query("HKLM\\Software\\Absent");
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.out.find("the key HKEY_LOCAL_MACHINE\\Software\\Absent does not exist"),
-              std::string::npos)
-        << run.out;
+    const struct {
+        const char *key, *value, *says;
+    } failures[] = {
+        {"HKCU\\Software\\Utility\\Debugging\\LogImpl", "Nope", "has no value \"Nope\""},
+        {"Software\\Product", "", "does not start with a registry root"},
+        {"HKLM\\Software\\Absent", "",
+         "the key HKEY_LOCAL_MACHINE\\Software\\Absent does not exist"},
+    };
+    for (const auto& f : failures) {
+        run = query(f.key, f.value);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_NE(run.out.find(f.says), std::string::npos) << run.out;
+    }
     EXPECT_NE(run.out.find("HKEY_LOCAL_MACHINE.reg"), std::string::npos) << run.out;
-    run = query("Software\\Product");
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.out.find("does not start with a registry root"), std::string::npos) << run.out;
     EXPECT_NE(TestSupport::RunProgram({LUMETTA_DIAG, "reg", "query"}).exitCode, 0);
 }
 
@@ -95,8 +97,8 @@ TEST(RegCommand, CheckListsEveryProblemAndTheLogGetsTheSkippedLines) {
     TestSupport::CommandOutput run = TestSupport::RunProgram({LUMETTA_DIAG, "reg", "check"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out, user + ":5: value name without closing quote\n" + machine +
-                           ":2: key line without closing bracket\n" + machine + ":4: bad dword data\n" +
-                           users +
+                           ":2: key line without closing bracket\n" + machine +
+                           ":4: bad dword data\n" + users +
                            ": the file is not a regular file\n"
                            "4 problems in the hive files\n");
 
