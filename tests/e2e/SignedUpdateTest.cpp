@@ -13,7 +13,7 @@ using TestHarness::Exists;
 using TestHarness::ReadFile;
 using TestHarness::TempFolder;
 
-enum class Signature { Mine, Other, None, Huge };
+enum class Signature { Mine, MineThenChanged, Other, None, Huge };
 enum class KeyAt { Nowhere, CommandLine, Registry, CommandLineAndRegistry };
 
 // The setup's signature is made by minisign and served beside it.
@@ -31,27 +31,26 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
     const struct {
         const char* what;
         Signature signedBy;
-        bool changedAfterSigning;
         KeyAt keyAt;
         bool installs;
         const char* logSays;  // nullptr: nothing about signatures
     } cases[] = {
-        {"good signature, key on the command line", Signature::Mine, false, KeyAt::CommandLine,
-         true, "is signed by key"},
-        {"good signature, key in the registry", Signature::Mine, false, KeyAt::Registry, true,
+        {"good signature, key on the command line", Signature::Mine, KeyAt::CommandLine, true,
          "is signed by key"},
-        {"the command line's key before the registry's", Signature::Mine, false,
+        {"good signature, key in the registry", Signature::Mine, KeyAt::Registry, true,
+         "is signed by key"},
+        {"the command line's key before the registry's", Signature::Mine,
          KeyAt::CommandLineAndRegistry, true, "is signed by key"},
-        {"setup changed after signing", Signature::Mine, true, KeyAt::CommandLine, false,
+        {"setup changed after signing", Signature::MineThenChanged, KeyAt::CommandLine, false,
          "does not match the file"},
         // nginx's 404 page arrives instead.
-        {"no signature", Signature::None, false, KeyAt::CommandLine, false,
+        {"no signature", Signature::None, KeyAt::CommandLine, false,
          "does not begin with an untrusted comment"},
-        {"another key's signature", Signature::Other, false, KeyAt::Registry, false,
+        {"another key's signature", Signature::Other, KeyAt::Registry, false,
          "made with another key"},
-        {"a huge signature file", Signature::Huge, false, KeyAt::CommandLine, false,
+        {"a huge signature file", Signature::Huge, KeyAt::CommandLine, false,
          "larger than 65536 bytes"},
-        {"no key: unchecked", Signature::None, false, KeyAt::Nowhere, true, nullptr},
+        {"no key: unchecked", Signature::None, KeyAt::Nowhere, true, nullptr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -62,12 +61,10 @@ TEST(SignedUpdate, OnlyASetupSignedByTheConfiguredKeyRuns) {
         if (c.signedBy == Signature::Huge) {
             TestHarness::WriteFile(signature, TestHarness::Pattern(1 << 20));
         } else if (c.signedBy != Signature::None) {
-            ASSERT_TRUE(TestSupport::MinisignSign(c.signedBy == Signature::Mine ? mine : other,
+            ASSERT_TRUE(TestSupport::MinisignSign(c.signedBy == Signature::Other ? other : mine,
                                                   setup, signature));
         }
-        if (c.changedAfterSigning) {
-            std::ofstream(setup, std::ios::app) << "appended";
-        }
+        if (c.signedBy == Signature::MineThenChanged) std::ofstream(setup, std::ios::app) << "x";
         if (c.keyAt == KeyAt::Registry || c.keyAt == KeyAt::CommandLineAndRegistry) {
             const std::string key = c.keyAt == KeyAt::Registry ? mine.publicKey : other.publicKey;
             TestHarness::WriteFile(d.registry.File("HKEY_LOCAL_MACHINE.reg"),

@@ -195,7 +195,7 @@ bool WaitForText(const std::string& file, const std::string& text) {
 
 DemoUpdate::DemoUpdate(const std::string& name)
     : product(name + " " + std::to_string(::getpid())), payload(LUMETTA_DEMO_PRODUCT) {
-    exe = name + std::to_string(::getpid());
+    exe = product;
     std::erase(exe, ' ');
     std::filesystem::copy_file(LUMETTA_DEMO_SETUP, www.File("setup.exe"));
 }
@@ -240,8 +240,9 @@ int DemoUpdate::Diag(const std::string& diag, const std::vector<std::string>& ar
     withCommand.insert(withCommand.end(), args.begin(), args.end());
     ChildProcess process;
     int status = -1;
-    if (!Start(process, diag, withCommand, env, url, "diag.out")) return -1;
-    return process.Wait(120000, &status) ? status : -1;
+    const bool ran =
+        Start(process, diag, withCommand, env, url, "diag.out") && process.Wait(120000, &status);
+    return ran ? status : -1;
 }
 
 }  // namespace TestHarness
