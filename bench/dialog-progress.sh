@@ -69,6 +69,18 @@ main_thread_cpu() {
   calc "(${12} + ${13}) / $ticks"
 }
 
+# Polls the command "$2..." until it succeeds; the run fails if the updater ends first.
+wait_while_updater_runs() {
+  local round="$1"
+  shift
+  until "$@"; do
+    kill -0 "$updater_pid" 2>/dev/null ||
+      { echo "the updater ended early:" >&2; cat "$work/updater.$round.log" >&2; exit 1; }
+    sleep 0.01
+  done
+}
+setup_is_complete() { [ "$(stat -c %s "$1" 2>/dev/null || echo 0)" -ge "$size" ]; }
+
 median() { printf "%s\n" "$@" | sort -g | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
 
 echo "lumetta-updater downloading $size bytes from nginx on loopback, $runs times"
@@ -83,18 +95,10 @@ for round in $(seq "$runs"); do
   updater_pid=$!
   setup="$temp/Update1.exe"
   # The download starts once the setup file exists; it is complete at its full size.
-  until [ -e "$setup" ]; do
-    kill -0 "$updater_pid" 2>/dev/null ||
-      { echo "the updater ended early:" >&2; cat "$work/updater.$round.log" >&2; exit 1; }
-    sleep 0.01
-  done
+  wait_while_updater_runs "$round" test -e "$setup"
   begin=$(date +%s.%N)
   cpu_begin=$(main_thread_cpu "$updater_pid")
-  until [ "$(stat -c %s "$setup" 2>/dev/null || echo 0)" -ge "$size" ]; do
-    kill -0 "$updater_pid" 2>/dev/null ||
-      { echo "the updater ended early:" >&2; cat "$work/updater.$round.log" >&2; exit 1; }
-    sleep 0.01
-  done
+  wait_while_updater_runs "$round" setup_is_complete "$setup"
   end=$(date +%s.%N)
   cpu_end=$(main_thread_cpu "$updater_pid")
   kill "$updater_pid"
