@@ -117,6 +117,8 @@ bool ParseSignature(std::string_view text, SetupSignature* signature, std::strin
     return true;
 }
 
+// minisign prints the id as a little-endian number in upper-case hex without leading zeros;
+// integrators compare what we log with what minisign showed them, so ours must read the same.
 std::string KeyIdText(const SignatureKeyId& id) {
     static const char kHex[] = "0123456789ABCDEF";
     std::string text;
@@ -124,7 +126,8 @@ std::string KeyIdText(const SignatureKeyId& id) {
         text += kHex[*byte >> 4];
         text += kHex[*byte & 15];
     }
-    return text;
+    const size_t first = text.find_first_not_of('0');
+    return first == std::string::npos ? "0" : text.substr(first);
 }
 
 struct SignatureCheck::State {

@@ -1,4 +1,6 @@
-// Keys and signatures made by the real minisign program, for the tests of signed setups.
+// Fixed key pairs and signatures made by the real minisign program, for the tests of signed
+// setups. The keys live in tests/fixtures/keys: their ids begin with zero nibbles, where a
+// zero-padded id and minisign's own differ.
 #pragma once
 
 #include <string>
@@ -11,20 +13,19 @@ namespace TestSupport {
 
 struct MinisignKey {
     std::string secretKeyFile;
-    std::string publicKey;  // the base64 line of the .pub file; empty when minisign failed
+    std::string publicKey;  // the base64 line of the .pub file; empty when it cannot be read
+    std::string keyId;      // as minisign writes it in the .pub file's comment
 };
 
-// A new key pair without a password, its files `folder`/`name`.key and .pub.
-inline MinisignKey MakeMinisignKey(const std::string& folder, const std::string& name) {
-    MinisignKey key{folder + "/" + name + ".key", {}};
-    const std::string pub = folder + "/" + name + ".pub";
-    if (RunProgram({"minisign", "-G", "-W", "-f", "-p", pub, "-s", key.secretKeyFile}).exitCode !=
-        0)
-        return key;
-    const std::string text = ReadFile(pub);
-    const size_t start = text.find('\n');
-    if (start != std::string::npos)
-        key.publicKey = text.substr(start + 1, text.find('\n', start + 1) - start - 1);
+// The fixture pair `name` ("mine": id EE7336E7F2B60, "other": id D6E4897747139CB).
+inline MinisignKey FixedMinisignKey(const std::string& name) {
+    const std::string base = std::string(LUMETTA_TEST_KEYS) + "/" + name;
+    MinisignKey key{base + ".key", {}, {}};
+    const std::string text = ReadFile(base + ".pub");
+    const size_t end = text.find('\n');
+    if (end == std::string::npos) return key;
+    key.keyId = text.substr(text.rfind(' ', end) + 1, end - text.rfind(' ', end) - 1);
+    key.publicKey = text.substr(end + 1, text.find('\n', end + 1) - end - 1);
     return key;
 }
 

@@ -14,8 +14,8 @@ namespace {
 TEST(VerifyCommand, ExitsZeroOnlyForAValidSignature) {
     const TestSupport::TempFolder folder{"lumetta-diag-verify"};
     const std::string dir = folder.Path().string();
-    const auto key = TestSupport::MakeMinisignKey(dir, "release");
-    const auto other = TestSupport::MakeMinisignKey(dir, "other");
+    const auto key = TestSupport::FixedMinisignKey("mine");
+    const auto other = TestSupport::FixedMinisignKey("other");
     ASSERT_TRUE(TestSupport::WriteFile(dir + "/setup.exe", "setup program"));
     ASSERT_TRUE(TestSupport::WriteFile(dir + "/changed.exe", "setup program!"));
     ASSERT_TRUE(TestSupport::MinisignSign(key, dir + "/setup.exe", dir + "/setup.exe.minisig",
@@ -25,12 +25,12 @@ TEST(VerifyCommand, ExitsZeroOnlyForAValidSignature) {
     const struct {
         std::vector<std::string> args;
         int exitCode;
-        const char* says;
+        std::string says;
     } cases[] = {
         {{dir + "/setup.exe", "--public-key", key.publicKey}, 0, "trusted comment: build 42"},
         {{dir + "/setup.exe", "--signature", dir + "/elsewhere.sig", "--public-key", key.publicKey},
          0,
-         "valid: signed by key"},
+         "valid: signed by key " + key.keyId + "\n"},
         {{dir + "/changed.exe", "--signature", dir + "/setup.exe.minisig", "--public-key",
           key.publicKey},
          1,
