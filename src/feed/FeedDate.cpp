@@ -124,14 +124,22 @@ std::optional<int64_t> ParseIso(std::string_view text) {
 
 }  // namespace
 
-std::string FormatFeedDate(int64_t seconds) {
-    // The inverse of DaysFromEpoch (proleptic Gregorian calendar).
+namespace {
+
+struct Civil {
+    int64_t year, month, day, second;  // second of the day
+    int64_t weekday;                   // 0: Sunday
+};
+
+// The inverse of DaysFromEpoch (proleptic Gregorian calendar).
+Civil CivilFrom(int64_t seconds) {
     int64_t days = seconds / 86400;
     int64_t second = seconds % 86400;
     if (second < 0) {
         second += 86400;
         --days;
     }
+    const int64_t weekday = ((days % 7) + 11) % 7;  // 1970-01-01 was a Thursday
     days += 719468;
     const int64_t era = (days >= 0 ? days : days - 146096) / 146097;
     const int64_t dayOfEra = days - era * 146097;
@@ -139,14 +147,33 @@ std::string FormatFeedDate(int64_t seconds) {
         (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
     const int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
     const int64_t monthIndex = (5 * dayOfYear + 2) / 153;
-    const int64_t day = dayOfYear - (153 * monthIndex + 2) / 5 + 1;
     const int64_t month = monthIndex < 10 ? monthIndex + 3 : monthIndex - 9;
-    const int64_t year = yearOfEra + era * 400 + (month <= 2);
+    return {yearOfEra + era * 400 + (month <= 2), month,
+            dayOfYear - (153 * monthIndex + 2) / 5 + 1, second, weekday};
+}
+
+}  // namespace
+
+std::string FormatFeedDate(int64_t seconds) {
+    const Civil c = CivilFrom(seconds);
     char text[96];
     std::snprintf(text, sizeof text, "%04lld-%02lld-%02lld %02lld:%02lld:%02lld UTC",
-                  static_cast<long long>(year), static_cast<long long>(month),
-                  static_cast<long long>(day), static_cast<long long>(second / 3600),
-                  static_cast<long long>(second / 60 % 60), static_cast<long long>(second % 60));
+                  static_cast<long long>(c.year), static_cast<long long>(c.month),
+                  static_cast<long long>(c.day), static_cast<long long>(c.second / 3600),
+                  static_cast<long long>(c.second / 60 % 60), static_cast<long long>(c.second % 60));
+    return text;
+}
+
+std::string FormatRssDate(int64_t seconds) {
+    static constexpr const char* kWeekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    const Civil c = CivilFrom(seconds);
+    std::string month(kMonths[c.month - 1].substr(0, 3));
+    month[0] = static_cast<char>(month[0] - 'a' + 'A');
+    char text[96];
+    std::snprintf(text, sizeof text, "%s, %02lld %s %04lld %02lld:%02lld:%02lld +0000",
+                  kWeekdays[c.weekday], static_cast<long long>(c.day), month.c_str(),
+                  static_cast<long long>(c.year), static_cast<long long>(c.second / 3600),
+                  static_cast<long long>(c.second / 60 % 60), static_cast<long long>(c.second % 60));
     return text;
 }
 

@@ -19,5 +19,7 @@ std::optional<int64_t> ParseFeedDate(std::string_view text);
 
 // "2026-11-24 10:00:00 UTC", for messages.
 std::string FormatFeedDate(int64_t seconds);
+// "Tue, 24 Nov 2026 10:00:00 +0000", as RSS writes dates.
+std::string FormatRssDate(int64_t seconds);
 
 }  // namespace Feed

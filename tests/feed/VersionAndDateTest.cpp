@@ -71,6 +71,8 @@ TEST(FeedDate, ReadsTheDatesRealFeedsWrite) {
     }
     EXPECT_EQ(Feed::FormatFeedDate(kNov24), "2026-11-24 10:00:00 UTC");
     EXPECT_EQ(Feed::FormatFeedDate(1835395200 + 86399), "2028-02-29 23:59:59 UTC");
+    EXPECT_EQ(Feed::FormatRssDate(kNov24), "Tue, 24 Nov 2026 10:00:00 +0000");
+    EXPECT_EQ(Feed::FormatRssDate(920246400), "Mon, 01 Mar 1999 00:00:00 +0000");
 }
 
 }  // namespace
