@@ -55,7 +55,7 @@ bool ParsePublicKey(std::string_view text, SignaturePublicKey* key, std::string*
 // with *reason when the text is not a well-formed signature.
 bool ParseSignature(std::string_view text, SetupSignature* signature, std::string* reason);
 
-// The key id as minisign shows it: 16 upper-case hex digits, last byte first.
+// The key id as minisign shows it: upper-case hex, last byte first, no leading zeros.
 std::string KeyIdText(const SignatureKeyId& id);
 
 // Checks one file against one signature, fed in pieces:

@@ -1,6 +1,11 @@
 // lumetta-diag feed item FILE --version V --url URL [--notes FILE]: the <item> of an update
 // feed for a release whose setup is FILE, with the file's length and SHA-256, dated now, for
 // the product maker to paste into the feed. Exit status 0, or 1 with the reason on stderr.
+//
+// lumetta-diag feed check [ARGS...]: fetches the feed the updater would use if started with
+// ARGS, and lists every item with why it is or is not offered; the last line is
+// "result update <version> <url>", "result up-to-date <installed>" (exit status 0) or
+// "result failed: <reason>" (exit status 1). Nothing is downloaded, nothing is changed.
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
@@ -10,6 +15,9 @@
 #include <vector>
 
 #include "DiagCommands.h"
+#include "app/ProductConfiguration.h"
+#include "app/UpdateStateStore.h"
+#include "engine/FeedCheck.h"
 #include "engine/FileDigest.h"
 #include "feed/FeedDate.h"
 #include "feed/Version.h"
@@ -93,6 +101,62 @@ int PrintItem(const ItemOptions& options) {
     return 0;
 }
 
+std::string Utf8(const std::wstring& text) {
+    return STLHelpers::WideToUtf8(text);
+}
+
+int Failed(const std::string& reason) {
+    std::printf("result failed: %s\n", reason.c_str());
+    return 1;
+}
+
+int CheckFeed(const std::vector<std::string>& args) {
+    std::vector<std::wstring> arguments{System::GetModulePath()};
+    for (const auto& arg : args) arguments.push_back(STLHelpers::Utf8ToWide(arg));
+    ProductConfiguration configuration(std::move(arguments));
+    const ConfiguredValue feedUrl = configuration.GetFeedURL();
+    const ConfiguredValue installed = configuration.GetInstalledVersion();
+    const ConfiguredValue channel = configuration.GetUpdateChannel();
+    std::printf("feed: %s (%s)\n", Utf8(feedUrl.value).c_str(), Utf8(feedUrl.source).c_str());
+    std::printf("installed: %s (%s)\n", Utf8(installed.value).c_str(),
+                Utf8(installed.source).c_str());
+    std::printf("channel: %s\n", channel.value.empty() ? "(none)" : Utf8(channel.value).c_str());
+    if (feedUrl.value.empty()) return Failed("no update feed is configured");
+    const auto version = Feed::ParseVersion(Utf8(installed.value));
+    if (!version)
+        return Failed("the installed version \"" + Utf8(installed.value) + "\" is not known");
+
+    const StoredUpdateState stored = ReadUpdateState(configuration);
+    Engine::FeedCheckSettings settings;
+    settings.feedUrl = Utf8(feedUrl.value);
+    settings.publicKey = Utf8(configuration.GetPublicKey());
+    settings.context.installed = *version;
+    settings.context.channel = Utf8(channel.value);
+    settings.context.state = stored.state;
+    settings.context.now = std::time(nullptr);
+    if (stored.groupDrawn)
+        std::printf("rollout group: %u\n", stored.state.rolloutGroup);
+    else
+        std::printf("rollout group: not drawn yet (0 assumed)\n");
+
+    const Engine::FeedCheckResult result = Engine::CheckFeed(settings);
+    for (std::size_t i = 0; i < result.feed.items.size() && i < result.decision.reasons.size(); ++i)
+        std::printf("item %s: %s\n", result.feed.items[i].versionText.c_str(),
+                    result.decision.reasons[i].c_str());
+    if (result.feed.expires)
+        std::printf("expires: %s (lumetta:expires; renew it with every publication)\n",
+                    Feed::FormatRssDate(*result.feed.expires).c_str());
+    if (!result.ok) return Failed(result.reason);
+    std::printf("trust: %s\n", result.trust.c_str());
+    if (!result.decision.offer) {
+        std::printf("result up-to-date %s\n", version->ToString().c_str());
+        return 0;
+    }
+    const Feed::FeedItem& offer = result.feed.items[*result.decision.offer];
+    std::printf("result update %s %s\n", offer.version->ToString().c_str(), offer.url.c_str());
+    return 0;
+}
+
 const DiagCommands::Registration registration{
     "feed", [](CLI::App& app) {
         auto* feed = app.add_subcommand("feed", "Write and check update feeds");
@@ -107,6 +171,11 @@ const DiagCommands::Registration registration{
             ->required();
         item->add_option("--notes", options->notes, "A file of release notes in HTML");
         item->callback([options]() { DiagCommands::SetExitCode(PrintItem(*options)); });
+        auto* check = feed->add_subcommand(
+            "check", "Fetch the feed and say for every item why it is or is not offered");
+        auto args = std::make_shared<std::vector<std::string>>();
+        check->add_option("ARGS", *args, "Updater arguments, e.g. /feedURL https://...");
+        check->callback([args]() { DiagCommands::SetExitCode(CheckFeed(*args)); });
     }};
 
 }  // namespace
