@@ -117,6 +117,10 @@ std::wstring ProductConfiguration::GetBrandSuffix() {
     return value == L"KAPRI" ? L"_01" : L"_" + value;
 }
 
+std::wstring ProductConfiguration::GetUserProductKeyPath() {
+    return L"HKEY_CURRENT_USER\\Software\\" + GetBundleName() + L"\\" + GetProductName();
+}
+
 std::wstring ProductConfiguration::GetDownloadURL() {
     std::wstring url = GetOptionValue(L"/downloadURL");
     if (url.empty())
@@ -186,6 +190,41 @@ std::wstring ProductConfiguration::GetPublicKey() {
                          L"UpdatePublicKey");
     if (key.empty()) key = System::LoadStringResource(kPublicKeyEntry);
     return key;
+}
+
+ConfiguredValue ProductConfiguration::FromOptionOrRegistry(const std::wstring& option,
+                                                           const std::vector<std::wstring>& keys,
+                                                           const wchar_t* name) {
+    if (std::wstring value = GetOptionValue(option); !value.empty())
+        return {value, L"command line " + option};
+    for (const std::wstring& key : keys) {
+        if (std::wstring value = ReadString(Registry::Key(key), name); !value.empty())
+            return {value, key + L"\\" + name};
+    }
+    return {};
+}
+
+ConfiguredValue ProductConfiguration::GetFeedURL() {
+    return FromOptionOrRegistry(
+        L"/feedURL",
+        {GetUserProductKeyPath(), L"HKEY_LOCAL_MACHINE\\Software\\" + GetProductName()},
+        L"UpdateFeedURL");
+}
+
+ConfiguredValue ProductConfiguration::GetInstalledVersion() {
+    if (std::wstring version = GetOptionValue(L"/productVersion"); !version.empty())
+        return {version, L"command line /productVersion"};
+    std::wstring folder = GetInstallPath();
+    if (!folder.empty() && folder.back() != L'/') folder += L'/';
+    if (folder.empty()) folder = System::GetModuleFolder();
+    const std::wstring executable = folder + GetProductExecutable();
+    std::wstring version = System::GetDottedFileVersion(executable);
+    if (version.empty()) return {};
+    return {version, L"version resource of " + executable};
+}
+
+ConfiguredValue ProductConfiguration::GetUpdateChannel() {
+    return FromOptionOrRegistry(L"/channel", {GetUserProductKeyPath()}, L"UpdateChannel");
 }
 
 std::wstring ProductConfiguration::ExpandPlaceholders(const std::wstring& text) {

@@ -30,6 +30,13 @@ struct ProductInfo {
     std::vector<std::pair<std::wstring, std::wstring>> extraParameters;
 };
 
+// A value of the managed-update settings with where it came from ("command line /feedURL",
+// "HKEY_CURRENT_USER\Software\...\UpdateFeedURL", ...; "" when it is unset).
+struct ConfiguredValue {
+    std::wstring value;
+    std::wstring source;
+};
+
 class ProductConfiguration {
 public:
     // String-table entries of the named values.
@@ -93,6 +100,19 @@ public:
     // else "UpdatePublicKey" of HKEY_LOCAL_MACHINE\Software\<product name>, else entry 137.
     // "" when none is configured: setups are then run unchecked.
     std::wstring GetPublicKey();
+
+    // Managed updates. The update feed: "/feedURL", else "UpdateFeedURL" of the product's
+    // key under HKEY_CURRENT_USER (where "DownloadURL" is read), else of
+    // HKEY_LOCAL_MACHINE\Software\<product name>. Empty: no feed, the plain update flow.
+    ConfiguredValue GetFeedURL();
+    // The installed version: "/productVersion", else the version resource of the product
+    // executable in "InstallPath" when that is set, else of the one beside the updater.
+    ConfiguredValue GetInstalledVersion();
+    // The release channel: "/channel", else "UpdateChannel" of the product's user key.
+    ConfiguredValue GetUpdateChannel();
+    // HKEY_CURRENT_USER\Software\<bundle>\<product>: the product's key of the user.
+    std::wstring GetUserProductKeyPath();
+
     // Replaces {ProductName}, {ProductVersion}, {ShortProductVersion}, {ProductURL} and
     // {ComponentName}, in that order.
     std::wstring ExpandPlaceholders(const std::wstring& text);
@@ -102,6 +122,11 @@ public:
     static std::wstring ShortVersionOf(const std::wstring& version);
 
 private:
+    // The option's value, else the first of the keys' values `name` that is not empty.
+    ConfiguredValue FromOptionOrRegistry(const std::wstring& option,
+                                         const std::vector<std::wstring>& keys,
+                                         const wchar_t* name);
+
     int32_t argumentCount = 0;
     std::vector<std::wstring> arguments;
     bool ownsArguments = true;

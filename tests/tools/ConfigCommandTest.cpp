@@ -28,7 +28,7 @@ TEST(ConfigCommand, PrintsEveryValueForTheGivenArguments) {
         const size_t colon = line.find(": ");
         if (colon != std::string::npos) values[line.substr(0, colon)] = line.substr(colon + 2);
     }
-    EXPECT_EQ(values.size(), 19u) << run.out;
+    EXPECT_EQ(values.size(), 25u) << run.out;
     EXPECT_EQ(values["productName"], "My Product");
     EXPECT_EQ(values["productNameWithoutSpaces"], "MyProduct");
     EXPECT_EQ(values["productExecutable"], "LumettaPlayer.exe") << "not given: compiled in";

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "DiagCommands.h"
@@ -42,6 +43,15 @@ void ShowConfiguration(const std::vector<std::string>& args) {
     Line("extrasMutexName", configuration.GetExtrasMutexName());
     Line("exitEventName", configuration.GetExitEventName());
     Line("publicKey", configuration.GetPublicKey());
+    const std::pair<const char*, ConfiguredValue> managed[] = {
+        {"feedURL", configuration.GetFeedURL()},
+        {"installedVersion", configuration.GetInstalledVersion()},
+        {"channel", configuration.GetUpdateChannel()},
+    };
+    for (const auto& [name, setting] : managed) {
+        Line(name, setting.value);
+        Line((std::string(name) + "From").c_str(), setting.source);
+    }
 }
 
 const DiagCommands::Registration registration{

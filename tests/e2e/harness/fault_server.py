@@ -10,6 +10,7 @@
   /relative       302 with a relative Location ("/echo-redirected")
   /loop           302 to itself, for ever
   /tohttps        302 to https://127.0.0.2:443/ (nothing listens there)
+  /tofile         302 to file:///etc/passwd
   /cut            Content-Length 100000, 30000 bytes, then the connection is closed
   /stall          Content-Length 100000, 10000 bytes, then nothing (the connection stays)
   /silent         the request is read and never answered
@@ -93,6 +94,9 @@ class Handler(socketserver.BaseRequestHandler):
             return True
         if path == "/tohttps":
             self.answer("302 Found", [("Location", "https://127.0.0.2:443/"), ("Content-Length", 0)])
+            return True
+        if path == "/tofile":
+            self.answer("302 Found", [("Location", "file:///etc/passwd"), ("Content-Length", 0)])
             return True
         if path == "/cut":
             self.answer("200 OK", [("Content-Length", 100000)], pattern(30000))
