@@ -59,6 +59,8 @@ foreach(page lumetta-updater.1 lumetta-diag.1)
 endforeach()
 add_custom_target(lumetta-man-pages ALL DEPENDS ${man_pages})
 install(FILES ${man_pages} DESTINATION share/man/man1)
+# The update feed's format, for product makers who write feeds.
+install(FILES ${PROJECT_SOURCE_DIR}/doc/update-feed.md DESTINATION share/doc/lumetta-updater)
 
 # The CMake package.
 install(TARGETS lumetta_product EXPORT LumettaUpdaterTargets)
