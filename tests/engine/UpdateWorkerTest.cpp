@@ -124,8 +124,11 @@ TEST_F(EngineTest, CancelWhileInstallingLetsTheSetupFinish) {
     engine.AddListener(&observer);
     ASSERT_TRUE(engine.Start());
     ASSERT_TRUE(observer.WaitFor(Installing));
-    // Installing is reported just before the setup starts.
-    for (int i = 0; i < 2000 && ReadFile(argumentsFile).empty(); ++i)
+    // Installing is reported just before the setup starts; the script may write its mark
+    // before the worker has stored the process id.
+    for (int i = 0; i < 2000 && (ReadFile(argumentsFile).empty() ||
+                                 engine.GetWorker().GetSetupProcessId() == 0);
+         ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     ASSERT_GT(engine.GetWorker().GetSetupProcessId(), 0u);
     ASSERT_FALSE(Exists(argumentsFile + ".done"));
