@@ -49,11 +49,9 @@ TEST(ErrorCodeText, FormsOfTheNumberAndTheMessage) {
     const std::pair<HRESULT, const wchar_t*> cases[] = {
         {E_FAIL, L"Code 0x80004005: Unspecified error"},
         {ErrorCode::FromWin32(5).Value(), L"Code 5: Access is denied."},
-        {ErrorCode::FromWin32(2).Value(), L"Code 2: The system cannot find the file specified."},
         {E_OUTOFMEMORY,
          L"Code 14: Not enough memory resources are available to complete this operation."},
         {E_INVALIDARG, L"Code 87: The parameter is incorrect."},
-        {RPC_E_CHANGED_MODE, L"Code 0x80010106: Cannot change thread mode after it is set."},
         {static_cast<HRESULT>(0x80041234u), L"Code 0x80041234: "},
         {ErrorCode::FromWin32(9999).Value(), L"Code 9999: "},
         {S_FALSE, L"Code 1: Incorrect function."}};

@@ -1,50 +1,17 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <string>
 
 #include "foundation/ExceptionsGuard.h"
-
-// Counts heap allocations made on this thread, to show that the exception types keep
-// their message inside themselves.
-namespace {
-thread_local long allocations = 0;
-}
-void* operator new(std::size_t n) {
-    ++allocations;
-    if (void* p = std::malloc(n ? n : 1)) return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept {
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept {
-    std::free(p);
-}
 
 namespace {
 
 using ErrorHandling::AnyError;
 using ErrorHandling::ErrorException;
 
-TEST(ExceptionEx, KeepsAtMostCapacityMinusOneBytesWithoutAllocating) {
-    const std::string longText(2000, 'x');
-    const long before = allocations;
-    ErrorException e;
-    EXPECT_STREQ(e.what(), "");
-    e << std::string_view(longText) << 42 << L"more";
-    ErrorException copy(e);
-    const long after = allocations;
-    EXPECT_EQ(after, before);
-    EXPECT_EQ(std::string(e.what()), std::string(1023, 'x'));
-    EXPECT_STREQ(copy.what(), e.what());
-}
-
+// Each piece is written in turn; the message is the longest prefix of their sum that fits
+// 1023 bytes and ends on a whole UTF-8 character.
 TEST(ExceptionEx, TheMessageIsAPrefixOfWhatWasWrittenCutBeforeAWholeCharacter) {
-    // Each piece is written in turn; the message is the longest prefix of their sum that
-    // fits 1023 bytes and ends on a whole UTF-8 character.
     struct Case {
         const char* name;
         std::string head;   // narrow text written first
@@ -93,18 +60,12 @@ TEST(ClassifiedExceptionsGuard, ClassifiesTheFourFamiliesInOrder) {
     const AnyError none = Classify([] {});
     EXPECT_FALSE(none.isError);
     EXPECT_TRUE(!none);
-    EXPECT_STREQ(none.what(), "");
 
     const AnyError win = Classify([] { throw ErrorHandling::exception_win(5, "denied \xC3\x84"); });
     EXPECT_TRUE(win.isError);
     EXPECT_FALSE(!win);
     EXPECT_STREQ(win.what(), "ERRNO denied \xC3\x84");
 
-    // A standard exception, including the bad-cast of a success code.
-    EXPECT_STREQ(Classify([] { throw std::runtime_error("plain"); }).what(), "plain");
-    EXPECT_STREQ(Classify([] { (void)ErrorCode(S_OK).FailureAs<bool>(); }).what(),
-                 "ErrorCode to non-empty object or pointer");
-    // Our own report exception is a standard exception too.
     EXPECT_STREQ(Classify([] { throw ErrorException() << "reported"; }).what(), "reported");
 
     EXPECT_STREQ(Classify([] { throw ErrorHandling::ComError(E_FAIL); }).what(),

@@ -1,16 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <future>
 #include <thread>
 
+#include "SleepingThread.h"
 #include "foundation/ObserverList.h"
 
 namespace {
 
-using namespace std::chrono_literals;
+using TestSupport::SleepingThread;
 
 struct Listener {
     std::function<void()> onCall;
@@ -20,6 +20,10 @@ struct Listener {
         if (onCall) onCall();
     }
 };
+
+void Round(Synchronization::ObserverList<Listener>& list) {
+    list.Deliver([](Listener& l) { l.Call(); });
+}
 
 TEST(ObserverList, RemovalFromAnotherThreadWaitsForTheRound) {
     Synchronization::ObserverList<Listener> list;
@@ -34,15 +38,16 @@ TEST(ObserverList, RemovalFromAnotherThreadWaitsForTheRound) {
     ASSERT_TRUE(list.Add(&second));
     EXPECT_FALSE(list.Add(&second));
 
-    std::thread round([&] { list.Deliver([](Listener& l) { l.Call(); }); });
+    std::thread round([&] { Round(list); });
     entered.get_future().wait();
-    auto removal = std::async(std::launch::async, [&] { return list.Remove(&second); });
-    EXPECT_EQ(removal.wait_for(200ms), std::future_status::timeout)
-        << "Remove returned while a round was still under way";
-    release.set_value();
-    EXPECT_TRUE(removal.get());
+    bool removed = false;
+    {
+        SleepingThread removal([&] { removed = list.Remove(&second); });
+        EXPECT_TRUE(removal.Blocked()) << "Remove returned while a round was still under way";
+        release.set_value();
+    }
     round.join();
-
+    EXPECT_TRUE(removed);
     EXPECT_EQ(first.calls, 1);
     EXPECT_EQ(second.calls, 0) << "called after it was removed";
     EXPECT_FALSE(list.Remove(&second));
@@ -52,20 +57,17 @@ TEST(ObserverList, RemovalFromInsideARoundReturnsAtOnce) {
     Synchronization::ObserverList<Listener> list;
     Listener first, second;
     bool removed = false;
-    std::chrono::steady_clock::duration took{};
-    first.onCall = [&] {
-        const auto start = std::chrono::steady_clock::now();
-        removed = list.Remove(&first) && list.Remove(&second);
-        took = std::chrono::steady_clock::now() - start;
-    };
+    first.onCall = [&] { removed = list.Remove(&first) && list.Remove(&second); };
     list.Add(&first);
     list.Add(&second);
-    list.Deliver([](Listener& l) { l.Call(); });
-
+    {
+        // Waiting for the rounds in flight, it would wait for itself until its time limit.
+        SleepingThread round([&] { Round(list); });
+        EXPECT_FALSE(round.Blocked());
+    }
     EXPECT_TRUE(removed);
-    EXPECT_LT(took, 1s) << "a round waited for itself";
     EXPECT_EQ(second.calls, 0);
-    list.Deliver([](Listener& l) { l.Call(); });
+    Round(list);
     EXPECT_EQ(first.calls, 1);
 }
 

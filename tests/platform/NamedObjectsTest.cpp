@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "../foundation/SleepingThread.h"
 #include "platform/Environment.h"
 #include "platform/NamedEvent.h"
 #include "platform/NamedMutex.h"
@@ -124,11 +125,12 @@ TEST_F(NamedObjects, EventKeepsOneSignalAndRemovalDropsAStaleOne) {
     EXPECT_EQ(event.Wait(0), NamedEvent::WaitResult::TimedOut) << "created not signalled";
     EXPECT_EQ(event.Wait(50), NamedEvent::WaitResult::TimedOut);
 
-    // A waiter blocked in another thread wakes on a set.
-    std::thread thread([&] { EXPECT_EQ(other.Wait(-1), NamedEvent::WaitResult::Signaled); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    ASSERT_EQ(event.Set(), 0u);
-    thread.join();
+    {
+        TestSupport::SleepingThread waiter(
+            [&] { EXPECT_EQ(other.Wait(-1), NamedEvent::WaitResult::Signaled); });
+        EXPECT_TRUE(waiter.Blocked()) << "a wait without limit waits for the signal";
+        EXPECT_EQ(event.Set(), 0u);
+    }
 
     // Auto-reset, at most one pending signal: two sets let one wait through.
     ASSERT_EQ(event.Set(), 0u);
