@@ -176,6 +176,9 @@ TEST(RegFileParser, DecodesEveryEncodingPeopleSave) {
     EXPECT_EQ(RegFileParser::DecodeText("a\xFF"
                                         "b\xE2\x82"),
               L"a\uFFFDb\uFFFD\uFFFD");
+    // The smallest code point of each length is valid; the same one a byte longer is not.
+    EXPECT_EQ(RegFileParser::DecodeText("\xC2\x80\xE0\xA0\x80\xF0\x90\x80\x80|\xC1\xBF"),
+              L"\u0080\u0800\U00010000|\uFFFD\uFFFD");
     const RegHive oldMac = RegFileParser::Parse("REGEDIT4\r[HKEY_CURRENT_USER\\C]\r\"V\"=\"x\"\r",
                                                 RegRoot::CurrentUser);
     EXPECT_NE(Value(oldMac, L"C", L"V"), nullptr);
