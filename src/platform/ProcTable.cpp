@@ -1,12 +1,12 @@
 #include "platform/ProcTable.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <fstream>
 #include <iterator>
 #include <sstream>
 
@@ -15,10 +15,21 @@
 namespace Platform {
 namespace {
 
+// A process may end while its files are read; the read then fails with ESRCH, which a
+// standard stream reports by throwing. What was read until then is all there is.
 std::string ReadSmallFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return {};
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return {};
+    std::string text;
+    char block[4096];
+    for (;;) {
+        const ssize_t got = ::read(fd, block, sizeof block);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        text.append(block, static_cast<std::size_t>(got));
+    }
+    ::close(fd);
+    return text;
 }
 
 std::string FileNamePart(const std::string& path) {
