@@ -3,7 +3,7 @@
 namespace {
 
 constexpr const char* kUsage =
-    "Usage: lumetta-updater [/name value]... [--help] [--version]\n"
+    "Usage: lumetta-updater [/name value]... [--check | --help | --version]\n"
     "\n"
     "Downloads the product's setup program, runs it silently and offers to launch the\n"
     "installed product, in one small dialog. The product is named by the options below or\n"
@@ -14,11 +14,15 @@ constexpr const char* kUsage =
     "  /publicKey KEY         the minisign key that must have signed the setup\n"
     "  /isSilent 0            run the setup with its own windows\n"
     "  /languageName NAME     the dialog's language (en-us, de-de, fr-fr, da-dk, ja-jp)\n"
+    "  /feedURL URL           the update feed (see lumetta-diag feed check)\n"
+    "  --check                without a window: prints \"update VERSION URL\" (exit status 10)\n"
+    "                         or \"up-to-date VERSION\" (exit status 0) from the update feed\n"
     "  --help                 this text\n"
     "  --version              the updater's version\n"
     "\n"
     "Exit status: 0 when the updater ran (its dialog says whether the update succeeded),\n"
-    "1 when it could not begin (no display, no setup file), 2 for an unknown option.\n";
+    "1 when it could not begin (no display, no setup file), 2 for an unknown option.\n"
+    "With --check: 0 up to date, 10 an update is available, 1 the check failed.\n";
 
 }  // namespace
 
@@ -28,6 +32,10 @@ StartupDecision DecideStartup(const std::vector<std::string>& arguments,
     for (std::size_t i = 1; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
         if (argument.rfind("--", 0) != 0) continue;
+        if (argument == "--check") {
+            decision.check = true;
+            continue;
+        }
         if (argument == "--help") {
             decision.exitCode = 0;
             decision.out = kUsage;
@@ -41,6 +49,7 @@ StartupDecision DecideStartup(const std::vector<std::string>& arguments,
         }
         return decision;
     }
+    if (decision.check) return decision;
     if (environment("DISPLAY").empty() && environment("WAYLAND_DISPLAY").empty() &&
         environment("QT_QPA_PLATFORM").empty()) {
         decision.exitCode = 1;

@@ -4,6 +4,8 @@
 //
 //   --help      prints the usage and exits 0
 //   --version   prints "lumetta-updater <version>" and exits 0
+//   --check     asks the update feed whether there is an update, without a window (see
+//               RunUpdateCheck for what it prints and its exit statuses)
 //   --anything  else: an error on stderr, exit status 2
 //
 // Without a display (neither DISPLAY nor WAYLAND_DISPLAY, and no QT_QPA_PLATFORM naming a
@@ -18,6 +20,7 @@
 #include <vector>
 
 struct StartupDecision {
+    bool check = false;           // --check: run the update check instead of the dialog
     std::optional<int> exitCode;  // set: print `out` to stdout, `error` to stderr, and exit
     std::string out;
     std::string error;

@@ -105,6 +105,25 @@ TEST(FeedCheck, OffersOnlyFromATrustedCurrentFeed) {
         EXPECT_NE(run.out.find(c.lastLine), std::string::npos) << c.what << "\n" << run.out;
     }
 
+    // The updater's own check needs no display and prints one line.
+    const std::string updater = std::string("env -u DISPLAY -u WAYLAND_DISPLAY ") +
+                                LUMETTA_UPDATER + " --check /productName P /publicKey " +
+                                mine.publicKey + " /feedURL http://127.0.0.1/";
+    const struct {
+        std::string arguments;
+        int exitCode;
+        std::string out;
+    } checks[] = {
+        {"feed.xml /productVersion 1.0", 10, "update 2.0.0.0 http://127.0.0.1/setup-2.0.run\n"},
+        {"feed.xml /productVersion 2.0", 0, "up-to-date 2.0\n"},
+        {"expired.xml /productVersion 1.0", 1, ""},
+    };
+    for (const auto& c : checks) {
+        const auto run = TestSupport::RunCommand(updater + c.arguments + " 2>/dev/null");
+        EXPECT_EQ(run.exitCode, c.exitCode) << c.arguments << "\n" << run.out;
+        EXPECT_EQ(run.out, c.out) << c.arguments;
+    }
+
     // A feed older than one already seen is a replay.
     ASSERT_TRUE(
         registry.WriteHive("HKEY_CURRENT_USER.reg",

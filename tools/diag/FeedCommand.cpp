@@ -15,9 +15,7 @@
 #include <vector>
 
 #include "DiagCommands.h"
-#include "app/ProductConfiguration.h"
-#include "app/UpdateStateStore.h"
-#include "engine/FeedCheck.h"
+#include "app/ManagedCheck.h"
 #include "engine/FileDigest.h"
 #include "feed/FeedDate.h"
 #include "feed/Version.h"
@@ -114,32 +112,19 @@ int CheckFeed(const std::vector<std::string>& args) {
     std::vector<std::wstring> arguments{System::GetModulePath()};
     for (const auto& arg : args) arguments.push_back(STLHelpers::Utf8ToWide(arg));
     ProductConfiguration configuration(std::move(arguments));
-    const ConfiguredValue feedUrl = configuration.GetFeedURL();
-    const ConfiguredValue installed = configuration.GetInstalledVersion();
-    const ConfiguredValue channel = configuration.GetUpdateChannel();
-    std::printf("feed: %s (%s)\n", Utf8(feedUrl.value).c_str(), Utf8(feedUrl.source).c_str());
-    std::printf("installed: %s (%s)\n", Utf8(installed.value).c_str(),
-                Utf8(installed.source).c_str());
-    std::printf("channel: %s\n", channel.value.empty() ? "(none)" : Utf8(channel.value).c_str());
-    if (feedUrl.value.empty()) return Failed("no update feed is configured");
-    const auto version = Feed::ParseVersion(Utf8(installed.value));
-    if (!version)
-        return Failed("the installed version \"" + Utf8(installed.value) + "\" is not known");
-
-    const StoredUpdateState stored = ReadUpdateState(configuration);
-    Engine::FeedCheckSettings settings;
-    settings.feedUrl = Utf8(feedUrl.value);
-    settings.publicKey = Utf8(configuration.GetPublicKey());
-    settings.context.installed = *version;
-    settings.context.channel = Utf8(channel.value);
-    settings.context.state = stored.state;
-    settings.context.now = std::time(nullptr);
-    if (stored.groupDrawn)
-        std::printf("rollout group: %u\n", stored.state.rolloutGroup);
+    const ManagedCheck check = CheckConfiguredFeed(configuration, std::time(nullptr));
+    std::printf("feed: %s (%s)\n", Utf8(check.feedUrl.value).c_str(),
+                Utf8(check.feedUrl.source).c_str());
+    std::printf("installed: %s (%s)\n", Utf8(check.installedVersion.value).c_str(),
+                Utf8(check.installedVersion.source).c_str());
+    std::printf("channel: %s\n",
+                check.channel.value.empty() ? "(none)" : Utf8(check.channel.value).c_str());
+    if (check.stored.groupDrawn)
+        std::printf("rollout group: %u\n", check.stored.state.rolloutGroup);
     else
         std::printf("rollout group: not drawn yet (0 assumed)\n");
 
-    const Engine::FeedCheckResult result = Engine::CheckFeed(settings);
+    const Engine::FeedCheckResult& result = check.result;
     for (std::size_t i = 0; i < result.feed.items.size() && i < result.decision.reasons.size(); ++i)
         std::printf("item %s: %s\n", result.feed.items[i].versionText.c_str(),
                     result.decision.reasons[i].c_str());
@@ -149,7 +134,8 @@ int CheckFeed(const std::vector<std::string>& args) {
     if (!result.ok) return Failed(result.reason);
     std::printf("trust: %s\n", result.trust.c_str());
     if (!result.decision.offer) {
-        std::printf("result up-to-date %s\n", version->ToString().c_str());
+        std::printf("result up-to-date %s\n",
+                    Feed::ParseVersion(Utf8(check.installedVersion.value))->ToString().c_str());
         return 0;
     }
     const Feed::FeedItem& offer = result.feed.items[*result.decision.offer];

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/ManagedCheck.h"
 #include "app/StartupOptions.h"
 #include "app/UpdaterApp.h"
 #include "graphics/GuiSession.h"
@@ -28,6 +29,7 @@ int main(int argc, char** argv) {
         std::cerr << startup.error;
         return *startup.exitCode;
     }
+    if (startup.check) return RunUpdateCheck(GetProductConfiguration(), std::cout, std::cerr);
     CommonGuiLib::GuiSession gui(argc > 0 ? argv[0] : nullptr);
     CUpdaterApp app(GetProductConfiguration(), CUpdaterApp::DefaultServices());
 #ifdef LUMETTA_DEMO_AIDS
