@@ -59,6 +59,22 @@ foreach(page lumetta-updater.1 lumetta-diag.1)
 endforeach()
 add_custom_target(lumetta-man-pages ALL DEPENDS ${man_pages})
 install(FILES ${man_pages} DESTINATION share/man/man1)
+# The systemd user units of the daily update check: one for the installed program, and one
+# for the program in this build, which the tests verify.
+set(systemd_units ${PROJECT_SOURCE_DIR}/src/resources/systemd)
+set(LUMETTA_UPDATER_PATH ${CMAKE_INSTALL_PREFIX}/bin/lumetta-updater)
+configure_file(${systemd_units}/lumetta-update-check@.service.in
+               ${PROJECT_BINARY_DIR}/systemd/lumetta-update-check@.service @ONLY)
+file(READ ${systemd_units}/lumetta-update-check@.service.in service_text)
+string(REPLACE "@LUMETTA_UPDATER_PATH@" "$<TARGET_FILE:lumetta-updater>" service_text
+       "${service_text}")
+file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/systemd-build/lumetta-update-check@.service
+     CONTENT "${service_text}")
+configure_file(${systemd_units}/lumetta-update-check@.timer
+               ${PROJECT_BINARY_DIR}/systemd-build/lumetta-update-check@.timer COPYONLY)
+install(FILES ${PROJECT_BINARY_DIR}/systemd/lumetta-update-check@.service
+              ${systemd_units}/lumetta-update-check@.timer
+        DESTINATION lib/systemd/user)
 # The update feed's format, for product makers who write feeds.
 install(FILES ${PROJECT_SOURCE_DIR}/doc/update-feed.md DESTINATION share/doc/lumetta-updater)
 

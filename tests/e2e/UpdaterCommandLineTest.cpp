@@ -41,4 +41,22 @@ TEST(UpdaterCommandLine, HelpVersionUnknownOptionAndNoDisplayNeverStartAnUpdate)
     EXPECT_EQ(servers.FileRequests(), "") << "nothing was downloaded";
 }
 
+// The daily check's units, as a product instance of them: systemd accepts them, and the
+// service starts this build's updater with --check.
+TEST(UpdaterCommandLine, TheDailyCheckUnitsPassSystemdsVerification) {
+    TestHarness::TempFolder units;
+    const std::string built = std::string(LUMETTA_BUILD_DIR) + "/systemd-build/";
+    for (const char* kind : {".service", ".timer"})
+        TestHarness::WriteFile(units.File(std::string("lumetta-update-check@Demo") + kind),
+                               TestHarness::ReadFile(built + "lumetta-update-check@" + kind));
+    EXPECT_NE(TestHarness::ReadFile(units.File("lumetta-update-check@Demo.service"))
+                  .find(std::string("ExecStart=") + LUMETTA_UPDATER + " --check /productName %I"),
+              std::string::npos);
+    const auto verify = TestSupport::RunProgram({"systemd-analyze", "verify", "--man=no",
+                                                 units.File("lumetta-update-check@Demo.timer"),
+                                                 units.File("lumetta-update-check@Demo.service")});
+    EXPECT_EQ(verify.exitCode, 0) << verify.out;
+    EXPECT_EQ(verify.out, "") << "no warnings either";
+}
+
 }  // namespace
